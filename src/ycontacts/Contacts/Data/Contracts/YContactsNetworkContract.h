@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
+#include "ycontacts/Contacts/Data/Network/YContactNetworkResponse.h"
+#include "ycontacts/Contacts/Data/Network/YContactUsageCountNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 
 namespace ycontacts {

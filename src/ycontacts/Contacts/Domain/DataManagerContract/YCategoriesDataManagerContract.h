@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
-#include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
+#include "ycontacts/Contacts/Domain/Entities/YCategoryResponse.h"
 #include "ycontacts/Contacts/Domain/RequestType.h"
 
 namespace ycontacts {

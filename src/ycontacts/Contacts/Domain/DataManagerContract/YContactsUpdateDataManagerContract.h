@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
+#include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 
 namespace ycontacts {
