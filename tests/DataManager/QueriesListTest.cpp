@@ -28,6 +28,7 @@ protected:
 enum class ListOperation { contacts, contactsList };
 
 struct RoutingRow {
+    std::string name;
     RequestType requestType;
     std::optional<std::vector<YContact>> storeAnswer;
     bool serverAsked;
@@ -68,15 +69,21 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Combine(
         ::testing::Values(ListOperation::contacts, ListOperation::contactsList),
         ::testing::Values(
-            RoutingRow{RequestType::local, storeRows, false, {some({"1"})}, {}},
-            RoutingRow{RequestType::local, std::nullopt, false, {std::nullopt}, {}},
-            RoutingRow{RequestType::server, storeRows, true, {}, {some({"9"})}},
-            RoutingRow{RequestType::both, storeRows, true, {some({"1"})}, {some({"1"}), some({"9"})}},
-            RoutingRow{RequestType::both, std::nullopt, true, {std::nullopt}, {std::nullopt, some({"9"})}},
-            RoutingRow{RequestType::preferLocal, storeRows, false, {some({"1"})}, {}},
+            RoutingRow{"local", RequestType::local, storeRows, false, {some({"1"})}, {}},
+            RoutingRow{"localNone", RequestType::local, std::nullopt, false, {std::nullopt}, {}},
+            RoutingRow{"server", RequestType::server, storeRows, true, {}, {some({"9"})}},
+            RoutingRow{"both", RequestType::both, storeRows, true, {some({"1"})}, {some({"1"}), some({"9"})}},
+            RoutingRow{"bothNone", RequestType::both, std::nullopt, true, {std::nullopt},
+                       {std::nullopt, some({"9"})}},
+            RoutingRow{"preferLocal", RequestType::preferLocal, storeRows, false, {some({"1"})}, {}},
             // An empty list is an answer: the server is not asked.
-            RoutingRow{RequestType::preferLocal, std::vector<YContact>{}, false, {some({})}, {}},
-            RoutingRow{RequestType::preferLocal, std::nullopt, true, {std::nullopt}, {std::nullopt, some({"9"})}})));
+            RoutingRow{"preferLocalEmpty", RequestType::preferLocal, std::vector<YContact>{}, false, {some({})}, {}},
+            RoutingRow{"preferLocalNone", RequestType::preferLocal, std::nullopt, true, {std::nullopt},
+                       {std::nullopt, some({"9"})}})),
+    [](const auto& info) {
+        return (std::get<0>(info.param) == ListOperation::contacts ? "contacts_" : "contactsList_") +
+               std::get<1>(info.param).name;
+    });
 
 TEST_F(QueriesListTest, PreferLocalWithoutDatabaseAnswersNoneThenTheServer) {
     auto queries = make(/*withDatabase=*/false);

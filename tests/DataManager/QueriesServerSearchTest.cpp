@@ -154,5 +154,26 @@ TEST_F(QueriesServerSearchTest, AReplyAfterTheQueriesAreGoneIsDropped) {
     EXPECT_TRUE(got.answers.empty());
 }
 
+// A server that answers inside the call and callbacks that query again: neither runs under the state lock
+// (were it held, this test would block instead of finishing).
+TEST_F(QueriesServerSearchTest, CallbacksAndTheServerMayCallBackIntoTheQueries) {
+    ON_CALL(*network, searchContacts)
+        .WillByDefault([](const std::string&, const std::optional<std::string>&, bool, std::optional<int>,
+                          const std::optional<std::string>& text, YContactsNetworkContract::SearchCallback reply) {
+            reply(std::vector<YContact>{contact("1", *text + "x")});
+        });
+    std::vector<std::string> seen;
+    queries->getContacts("u", std::nullopt, "a", std::nullopt, std::nullopt, false, RequestType::server,
+                         [&](std::optional<std::vector<YContact>>) {
+                             seen.push_back(queries->inMemoryState().currentNetworkKeyword.at("u"));
+                             if (seen.size() == 1) {
+                                 queries->getContacts("u", std::nullopt, "ab", std::nullopt, std::nullopt, false,
+                                                      RequestType::server, [&](auto) { seen.push_back("ab"); });
+                             }
+                         });
+    // "a" answered, then "ab" answered from the cache and by the server.
+    EXPECT_EQ(seen, (std::vector<std::string>{"a", "ab", "ab"}));
+}
+
 }  // namespace
 }  // namespace ycontacts::querytest
