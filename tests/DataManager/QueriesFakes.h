@@ -1,5 +1,5 @@
 #pragma once
-// QueriesFakes: gmock stand-ins for the store and the server, a held-back server search, and answer recorders for the query tests.
+// QueriesFakes: gmock stand-ins for the store and the server, and answer recorders for the query tests.
 
 #include <gmock/gmock.h>
 

@@ -25,7 +25,8 @@ bool YContactsQueries::localSuggestionsStep(const std::string& yuid, const std::
         return true;
     }
 
-    std::optional<std::vector<YSuggestionContact>> rows = database_->getSuggestionContacts(yuid, isOrg, searchStr, limit);
+    std::optional<std::vector<YSuggestionContact>> rows =
+        database_->getSuggestionContacts(yuid, isOrg, searchStr, limit);
     if (rows) {
         std::vector<YContact> cache;
         cache.reserve(rows->size());

@@ -38,7 +38,8 @@ bool matches(const YContact& contact, const std::string& loweredSearch) {
 }
 
 std::vector<YSuggestionContact> suggestionsFrom(const std::vector<YContact>& contacts, std::optional<int> limit) {
-    const std::size_t most = limit ? static_cast<std::size_t>(std::max(*limit, 0)) : std::numeric_limits<std::size_t>::max();
+    const std::size_t most =
+        limit ? static_cast<std::size_t>(std::max(*limit, 0)) : std::numeric_limits<std::size_t>::max();
     std::vector<YSuggestionContact> suggestions;
     std::unordered_set<std::string> seen;
     for (const YContact& contact : contacts) {

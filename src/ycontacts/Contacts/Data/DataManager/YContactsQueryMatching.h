@@ -1,5 +1,5 @@
 #pragma once
-// YContactsQueryMatching: the text rules shared by the contact filter and the suggestion cache (lower-casing, prefix tests, one suggestion per address).
+// YContactsQueryMatching: the text rules shared by the contact filter and the suggestion cache.
 
 #include <cstddef>
 #include <optional>
