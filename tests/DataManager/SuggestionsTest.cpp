@@ -1,0 +1,155 @@
+// Suggestions: the store answer and its in-memory narrowing, the server answer turned into addresses, routing.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "DataManager/QueriesFakes.h"
+
+namespace ycontacts::querytest {
+namespace {
+
+using ::testing::_;
+using ::testing::NiceMock;
+using ::testing::Return;
+
+struct SuggestionAnswer {
+    std::string searchStr;
+    std::optional<std::vector<std::string>> emails;
+    bool operator==(const SuggestionAnswer&) const = default;
+};
+
+class SuggestionsTest : public ::testing::Test {
+protected:
+    YContactsQueries::SuggestionsCallback record() {
+        return [this](std::string searchStr, std::optional<std::vector<YSuggestionContact>> suggestions) {
+            std::optional<std::vector<std::string>> emails;
+            if (suggestions) {
+                emails.emplace();
+                for (const auto& s : *suggestions) emails->push_back(s.email);
+                last = *suggestions;
+            }
+            answers.push_back({std::move(searchStr), std::move(emails)});
+        };
+    }
+    void suggest(const std::string& text, int limit = 20, std::optional<bool> isOrg = false,
+                 RequestType type = RequestType::local, const std::string& yuid = "u") {
+        queries->getSuggestionContacts(yuid, std::nullopt, text, limit, isOrg, type, record());
+    }
+
+    std::shared_ptr<NiceMock<MockDatabase>> database = std::make_shared<NiceMock<MockDatabase>>();
+    std::shared_ptr<NiceMock<MockNetwork>> network = std::make_shared<NiceMock<MockNetwork>>();
+    int timerRestarts = 0;
+    std::shared_ptr<YContactsQueries> queries =
+        std::make_shared<YContactsQueries>(database, network, [this] { ++timerRestarts; }, 1000);
+    std::vector<SuggestionAnswer> answers;
+    std::vector<YSuggestionContact> last;
+    const std::vector<YSuggestionContact> anRows{YSuggestionContact("1", "ann@x", "Ann", false),
+                                                 YSuggestionContact("1", "ann@home", "Ann", false),
+                                                 YSuggestionContact("2", "z@x", "Andy", false)};
+};
+
+TEST_F(SuggestionsTest, AKeywordExtendingACompleteCacheIsNarrowedInMemory) {
+    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(false), "an", 20)).WillOnce(Return(anRows));
+    suggest("an");
+    suggest("Ann", 1);
+    suggest("andy");
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"an", Ids{"ann@x", "ann@home", "z@x"}},
+                                                      {"Ann", Ids{"ann@x"}},
+                                                      {"andy", Ids{"z@x"}}}));
+    ASSERT_EQ(last.size(), 1U);
+    EXPECT_EQ(last[0].contactId, "2");
+    const auto state = queries->inMemoryState();
+    EXPECT_EQ(state.currentSearchKeywordStart, "an");
+    EXPECT_EQ(state.currentSearchKeyword, "andy");
+    EXPECT_EQ(timerRestarts, 3);
+}
+
+TEST_F(SuggestionsTest, TheStoreIsAskedAgainWhenTheCacheCannotAnswer) {
+    // Three rows for a limit of three: the store may have had more, so "ann" cannot be narrowed from it.
+    EXPECT_CALL(*database, getSuggestionContacts("u", _, "an", 3)).WillOnce(Return(anRows));
+    EXPECT_CALL(*database, getSuggestionContacts("u", _, "ann", 3)).WillOnce(Return(anRows));
+    // Complete now, but for another user, another population, and a keyword that does not extend it.
+    EXPECT_CALL(*database, getSuggestionContacts("v", _, "anne", 20)).WillOnce(Return(std::nullopt));
+    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(true), "anne", 20));
+    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(false), "b", 20));
+    suggest("an", 3);
+    suggest("ann", 3);
+    EXPECT_CALL(*database, getSuggestionContacts("u", _, "ann", 20)).WillOnce(Return(anRows));
+    suggest("ann", 20);
+    suggest("anne", 20, false, RequestType::local, "v");
+    suggest("anne", 20, true);
+    suggest("b", 20);
+    EXPECT_EQ(answers[3], (SuggestionAnswer{"anne", std::nullopt}));
+}
+
+TEST_F(SuggestionsTest, ServerContactsBecomeOneSuggestionPerAddress) {
+    YContact ann = contact("1", "Ann", "Lee", 0, true);
+    ann.primaryEmail = YContact::Email("ann@x");
+    ann.emails = {YContact::Email("ann@x"), YContact::Email("ann@home")};
+    ann.contactYuid = "y1";
+    ann.nickName = "Annie";
+    ann.hasPhoto = false;
+    YContact noMail = contact("2", "Nobody");
+    YContact sameAddress = contact("3", "Other");
+    sameAddress.emails = {YContact::Email("ann@home"), YContact::Email("o@x"), YContact::Email("p@x")};
+
+    suggest("an", 3, std::nullopt, RequestType::server);
+    ASSERT_EQ(network->held.size(), 1U);
+    EXPECT_EQ(network->held[0].limit, 3);
+    EXPECT_FALSE(network->held[0].isOrg);
+    network->answer(0, std::vector<YContact>{ann, noMail, sameAddress});
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"an", Ids{"ann@x", "ann@home", "o@x"}}}));
+    const YSuggestionContact& first = last[0];
+    EXPECT_EQ(first.contactId, "1");
+    EXPECT_EQ(first.yuid, "y1");
+    EXPECT_EQ(first.firstName, "Ann");
+    EXPECT_EQ(first.lastName, "Lee");
+    EXPECT_EQ(first.nickName, "Annie");
+    EXPECT_TRUE(first.isOrg);
+    EXPECT_FALSE(first.hasPhoto);
+    EXPECT_EQ(last[2].contactId, "3");
+}
+
+TEST_F(SuggestionsTest, OnlyTheNewestServerSuggestionIsAnswered) {
+    suggest("a", 20, false, RequestType::server);
+    suggest("ab", 20, false, RequestType::server);
+    network->answer(1, std::nullopt);
+    network->answer(0, std::vector<YContact>{});
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"ab", std::nullopt}}));
+    EXPECT_EQ(timerRestarts, 2);
+}
+
+TEST_F(SuggestionsTest, RoutesLikeTheListQueries) {
+    ON_CALL(*database, getSuggestionContacts(_, _, _, _)).WillByDefault(Return(std::nullopt));
+    suggest("a", 20, false, RequestType::preferLocal);
+    ASSERT_EQ(network->held.size(), 1U);
+    network->answer(0, std::vector<YContact>{});
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"a", std::nullopt}, {"a", Ids{}}}));
+
+    answers.clear();
+    EXPECT_CALL(*database, getSuggestionContacts(_, _, "b", _)).WillOnce(Return(std::vector<YSuggestionContact>{}));
+    suggest("b", 20, false, RequestType::preferLocal);
+    EXPECT_EQ(network->held.size(), 1U);
+    suggest("b", 20, false, RequestType::both);
+    ASSERT_EQ(network->held.size(), 2U);
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"b", Ids{}}, {"b", Ids{}}}));
+}
+
+TEST_F(SuggestionsTest, OrgSuggestionsReadTheStoreAndEchoTheSearchText) {
+    EXPECT_CALL(*database, getOrgContactSuggestions("u", std::optional<std::string>("an"), std::optional<int>(10),
+                                                    100, true, false))
+        .WillOnce(Return(std::vector<YContact>{contact("1", "Ann")}));
+    std::optional<std::string> echoed;
+    std::optional<Ids> ids;
+    queries->getOrgContactSuggestions("u", "an", 10, 100, true, false,
+                                      [&](std::optional<std::string> s, std::optional<std::vector<YContact>> c) {
+                                          echoed = s;
+                                          if (c) ids = idsOf(*c);
+                                      });
+    EXPECT_EQ(echoed, "an");
+    EXPECT_EQ(ids, some({"1"}));
+    EXPECT_EQ(timerRestarts, 0);
+}
+
+}  // namespace
+}  // namespace ycontacts::querytest
