@@ -92,7 +92,10 @@ std::string YContactsDatabaseService::idList(const std::vector<std::string>& ids
     std::string list;
     for (const auto& id : ids) {
         if (!list.empty()) list += ", ";
-        list += namesColumn(id) ? "'" + doubled(id, '\'') + "'" : "\"" + doubled(id, '"') + "\"";
+        const char quote = namesColumn(id) ? '\'' : '"';
+        list += quote;
+        list += doubled(id, quote);
+        list += quote;
     }
     return list;
 }
