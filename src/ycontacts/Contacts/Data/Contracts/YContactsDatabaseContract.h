@@ -1,0 +1,65 @@
+#pragma once
+// YContactsDatabaseContract: the local contact store as the data managers see it; every call is scoped to one user.
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
+#include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
+
+namespace ycontacts {
+
+class YContactsDatabaseContract {
+public:
+    // (organisation count, personal count)
+    using ContactCount = std::pair<std::int64_t, std::int64_t>;
+
+    virtual ~YContactsDatabaseContract() = default;
+
+    virtual void save(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
+    virtual std::optional<ContactCount> getContactCount(const std::string& yuids) = 0;
+    virtual void updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
+    virtual void deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) = 0;
+    virtual void updateContactId(const std::string& yuid, const std::string& oldContactId,
+                                 const std::string& newContactId) = 0;
+    virtual std::optional<std::vector<YContact>> getContacts(const std::string& yuid, std::optional<bool> isOrg,
+                                                             const std::optional<std::string>& searchStr,
+                                                             std::optional<int> from, std::optional<int> limit) = 0;
+    virtual std::optional<std::vector<YContact>> getContactsList(const std::string& yuid, std::optional<bool> isOrg,
+                                                                 const std::optional<std::string>& searchStr,
+                                                                 std::optional<int> from,
+                                                                 std::optional<int> limit) = 0;
+    virtual std::optional<std::vector<YContact>> getContactsFromEmailIds(const std::string& yuid,
+                                                                         const std::vector<std::string>& emailIds,
+                                                                         std::optional<bool> isOrg) = 0;
+    virtual std::optional<YContact> getContactByEmailId(const std::string& yuid, const std::string& emailId,
+                                                        bool preferPersonalInfo) = 0;
+    virtual std::optional<YContact> getContactByContactYuid(const std::string& yuid,
+                                                            const std::string& contactYuid) = 0;
+    virtual std::optional<YContact> getContactByContactId(const std::string& yuid, const std::string& contactId) = 0;
+    virtual void deleteAllDetails(const std::string& yuid) = 0;
+    virtual std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const std::string& yuid,
+                                                                                 std::optional<bool> isOrg,
+                                                                                 const std::string& searchStr,
+                                                                                 int limit) = 0;
+    virtual std::optional<std::vector<YContact>> getOrgContactSuggestions(const std::string& yuid,
+                                                                          const std::optional<std::string>& searchStr,
+                                                                          std::optional<int> offset, int limit,
+                                                                          bool excludeGroups,
+                                                                          bool shouldSearchNickname) = 0;
+    virtual void fixPersonalContacts(const std::string& yuid) = 0;
+    virtual void updateContactsUsageCount(const std::string& yuid,
+                                          const std::map<std::string, std::string>& usageDetails) = 0;
+    virtual std::optional<std::vector<YContact>> getContacts(const std::string& yuid,
+                                                             const std::string& categoryId) = 0;
+    virtual void addCategories(const std::string& yuid, const std::vector<YContactCategory>& categories) = 0;
+    virtual std::optional<std::vector<YContactCategory>> getCategories(const std::string& yuid) = 0;
+    virtual void deleteCategories(const std::string& yuid, const std::vector<std::string>& categoryIds) = 0;
+};
+
+}  // namespace ycontacts

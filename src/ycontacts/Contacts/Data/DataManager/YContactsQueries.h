@@ -1,0 +1,92 @@
+#pragma once
+// YContactsQueries: the contacts data manager's list, look-up, count and suggestion queries and their in-memory search caches.
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
+#include "ycontacts/Contacts/Data/Contracts/YContactsNetworkContract.h"
+#include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
+
+namespace ycontacts {
+
+// Owned by YContactsDataManager, which forwards its query operations here. Lives in a shared_ptr: server
+// replies hold it weakly, so a reply that arrives after the data manager is gone is dropped.
+class YContactsQueries : public std::enable_shared_from_this<YContactsQueries> {
+public:
+    using ContactsCallback = YContactsDataManagerContract::ContactsCallback;
+    using ContactCallback = YContactsDataManagerContract::ContactCallback;
+    using SuggestionsCallback = YContactsDataManagerContract::SuggestionsCallback;
+    using OrgSuggestionsCallback = YContactsDataManagerContract::OrgSuggestionsCallback;
+    using ContactCount = YContactsDataManagerContract::ContactCount;
+
+    // The in-memory search state. The maps are keyed by the signed-in user's yuid.
+    struct InMemoryState {
+        std::map<std::string, std::vector<YContact>> networkMostUsedContacts;
+        std::map<std::string, std::vector<YContact>> currentNetworkCache;
+        std::map<std::string, std::string> currentNetworkKeywordStart;
+        std::map<std::string, std::string> currentNetworkKeyword;
+        std::map<std::string, SuggestionsCallback> currentSuggestionsNetworkCallback;
+        std::map<std::string, ContactsCallback> currentContactsNetworkCallback;
+        std::optional<std::string> currentSearchKeyword;
+        std::optional<std::string> currentSearchKeywordStart;
+        std::optional<std::vector<YContact>> currentCache;
+    };
+
+    // `restartInMemoryTimer` is called each time a server step or a suggestion request touches the
+    // in-memory state; `contactsBatchFetchLimit` is the row limit asked of the server for a keyword search.
+    YContactsQueries(std::shared_ptr<YContactsDatabaseContract> database,
+                     std::shared_ptr<YContactsNetworkContract> network, std::function<void()> restartInMemoryTimer,
+                     int contactsBatchFetchLimit);
+
+    void getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
+                     const std::optional<std::string>& searchStr, std::optional<int> from, std::optional<int> limit,
+                     std::optional<bool> isOrg, RequestType requestType, ContactsCallback callback);
+    void getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
+                         const std::optional<std::string>& searchStr, std::optional<int> from,
+                         std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
+                         ContactsCallback callback);
+    void getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>& contactIds,
+                            const std::optional<std::vector<std::string>>& emailIds,
+                            const std::optional<std::vector<std::string>>& contactYuids, std::optional<bool> isOrg,
+                            RequestType requestType, ContactsCallback callback);
+    void getContact(const std::string& yuid, const std::optional<std::string>& contactId,
+                    const std::optional<std::string>& contactYuid, const std::optional<std::string>& emailId,
+                    bool preferPersonalInfo, ContactCallback callback);
+    std::optional<ContactCount> getContactCount(const std::string& yuids);
+    void getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
+                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
+                               RequestType requestType, SuggestionsCallback callback);
+    void getOrgContactSuggestions(const std::string& yuid, const std::optional<std::string>& searchStr,
+                                  std::optional<int> from, int limit, bool excludeGroups, bool shouldSearchNickname,
+                                  OrgSuggestionsCallback callback);
+
+    // Empties the six per-user maps; keeps currentCache and its two keywords.
+    void destroyInMemory();
+
+    // A copy of the in-memory state, taken under its lock.
+    InMemoryState inMemoryState() const;
+
+    // Keeps the contacts whose first name, last name (or other name and address fields) begin with the
+    // lower-cased search text, each once, ordered by weightage, personal before organisation, then name
+    // descending; cut to `limit` when given.
+    static std::vector<YContact> filterContacts(const std::vector<YContact>& contacts, const std::string& searchStr,
+                                                std::optional<int> limit);
+
+private:
+    const std::shared_ptr<YContactsDatabaseContract> database_;
+    const std::shared_ptr<YContactsNetworkContract> network_;
+    const std::function<void()> restartInMemoryTimer_;
+    const int contactsBatchFetchLimit_;
+
+    // One lock for the whole in-memory state; never held while a callback or a collaborator runs.
+    mutable std::mutex mutex_;
+    InMemoryState state_;
+};
+
+}  // namespace ycontacts

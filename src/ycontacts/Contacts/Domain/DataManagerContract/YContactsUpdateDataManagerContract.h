@@ -1,0 +1,27 @@
+#pragma once
+// YContactsUpdateDataManagerContract: what the update and delete use cases ask of the contact-update data manager.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
+#include "ycontacts/Contacts/Domain/Entities/YContact.h"
+
+namespace ycontacts {
+
+class YContactsUpdateDataManagerContract {
+public:
+    using UpdateCallback = std::function<void(std::optional<std::string> contactId,
+                                              std::optional<YUpdateContactNetworkResponse> response)>;
+
+    virtual ~YContactsUpdateDataManagerContract() = default;
+
+    virtual void updateContact(const std::string& yuid, const std::vector<YContact>& contacts, bool isOrg,
+                               const std::string& source, const std::string& format, UpdateCallback callback) = 0;
+    virtual void deleteContact(const std::string& yuid, const std::string& contactId, bool isOrg,
+                               UpdateCallback callback) = 0;
+};
+
+}  // namespace ycontacts

@@ -1,0 +1,25 @@
+#pragma once
+// YGetSuggestionContactsRequest: typeahead suggestions (one per e-mail address) for what the user typed.
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "ycontacts/Contacts/Domain/YContactRequest.h"
+
+namespace ycontacts {
+
+class YGetSuggestionContactsRequest : public YContactRequest {
+public:
+    YGetSuggestionContactsRequest(std::string yuid, std::string search)
+        : YContactRequest(std::move(yuid)), searchStr(std::move(search)) {}
+    // A suggestion request always needs its search text.
+    explicit YGetSuggestionContactsRequest(std::string yuid) = delete;
+
+    std::optional<bool> isOrg;
+    int limit = 20;
+    std::string searchStr;
+    std::optional<std::string> yoid;
+};
+
+}  // namespace ycontacts

@@ -1,0 +1,21 @@
+#pragma once
+// YDeleteContactsResponse: the deleted contact's id and the server's answer text.
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "ycontacts/Contacts/Domain/YContactResponse.h"
+
+namespace ycontacts {
+
+class YDeleteContactsResponse : public YContactResponse {
+public:
+    YDeleteContactsResponse(std::string id, std::optional<std::string> titleText)
+        : contactId(std::move(id)), title(std::move(titleText)) {}
+
+    std::string contactId;
+    std::optional<std::string> title;
+};
+
+}  // namespace ycontacts

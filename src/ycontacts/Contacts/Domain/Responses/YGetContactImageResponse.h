@@ -1,0 +1,22 @@
+#pragma once
+// YGetContactImageResponse: a contact's photo bytes and the cache file they came from.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ycontacts/Contacts/Domain/YContactResponse.h"
+
+namespace ycontacts {
+
+class YGetContactImageResponse : public YContactResponse {
+public:
+    YGetContactImageResponse() = default;
+
+    std::optional<std::string> contactId;
+    std::optional<std::vector<std::uint8_t>> contactImageData;
+    std::optional<std::string> filePath;
+};
+
+}  // namespace ycontacts

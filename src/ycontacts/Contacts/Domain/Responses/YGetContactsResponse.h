@@ -1,0 +1,19 @@
+#pragma once
+// YGetContactsResponse: the contacts a list, search or by-address query answered with (absent on failure).
+
+#include <optional>
+#include <vector>
+
+#include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/Contacts/Domain/YContactResponse.h"
+
+namespace ycontacts {
+
+class YGetContactsResponse : public YContactResponse {
+public:
+    YGetContactsResponse() = default;
+
+    std::optional<std::vector<YContact>> contacts;
+};
+
+}  // namespace ycontacts

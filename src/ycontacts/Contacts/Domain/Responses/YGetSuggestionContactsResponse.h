@@ -1,0 +1,22 @@
+#pragma once
+// YGetSuggestionContactsResponse: suggestions together with the search text they answer.
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
+#include "ycontacts/Contacts/Domain/YContactResponse.h"
+
+namespace ycontacts {
+
+class YGetSuggestionContactsResponse : public YContactResponse {
+public:
+    explicit YGetSuggestionContactsResponse(std::string search) : searchStr(std::move(search)) {}
+
+    std::optional<std::vector<YSuggestionContact>> contacts;
+    std::string searchStr;
+};
+
+}  // namespace ycontacts

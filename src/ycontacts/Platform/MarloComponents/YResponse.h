@@ -1,0 +1,16 @@
+#pragma once
+// YResponse: base of every use-case response.
+
+namespace ycontacts {
+
+class YResponse {
+public:
+    YResponse() = default;
+    virtual ~YResponse();
+    YResponse(const YResponse&) = default;
+    YResponse(YResponse&&) = default;
+    YResponse& operator=(const YResponse&) = default;
+    YResponse& operator=(YResponse&&) = default;
+};
+
+}  // namespace ycontacts

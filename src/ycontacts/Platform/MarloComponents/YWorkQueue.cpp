@@ -1,0 +1,94 @@
+#include "ycontacts/Platform/MarloComponents/YWorkQueue.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+
+#include "ycontacts/Platform/MarloComponents/Logger.h"
+
+namespace ycontacts {
+
+namespace detail {
+
+// Shared by the queue and its workers so that a worker can outlive a queue destroyed from one of its tasks.
+class YWorkPool {
+public:
+    explicit YWorkPool(std::string name) : label(std::move(name)) {}
+
+    const std::string label;
+
+    void post(std::function<void()> task) {
+        std::lock_guard lock(mutex_);
+        if (stopping_) return;  // the task is released on return, after the lock
+        tasks_.push_back(std::move(task));
+        wake_.notify_one();
+    }
+
+    void stop() {
+        std::deque<std::function<void()>> discarded;
+        std::lock_guard lock(mutex_);
+        stopping_ = true;
+        discarded.swap(tasks_);
+        wake_.notify_all();
+        // `discarded` is destroyed after the lock is released (reverse declaration order).
+    }
+
+    void work() {
+        for (;;) {
+            std::function<void()> task;
+            {
+                std::unique_lock lock(mutex_);
+                wake_.wait(lock, [&] { return stopping_ || !tasks_.empty(); });
+                if (stopping_) return;
+                task = std::move(tasks_.front());
+                tasks_.pop_front();
+            }
+            try {
+                if (task) task();
+            } catch (const std::exception& exception) {
+                Logger::shared().error("Task on work queue " + label + " threw: " + exception.what());
+            } catch (...) {
+                Logger::shared().error("Task on work queue " + label + " threw a non-standard exception");
+            }
+        }
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<std::function<void()>> tasks_;
+    bool stopping_ = false;
+};
+
+}  // namespace detail
+
+YWorkQueue::YWorkQueue(std::string label, std::size_t threadCount)
+    : pool_(std::make_shared<detail::YWorkPool>(std::move(label))) {
+    const auto count = std::max<std::size_t>(threadCount, 1);
+    threads_.reserve(count);
+    for (std::size_t index = 0; index < count; ++index) {
+        threads_.emplace_back([pool = pool_] { pool->work(); });
+    }
+}
+
+YWorkQueue::~YWorkQueue() {
+    pool_->stop();
+    const auto self = std::this_thread::get_id();
+    for (auto& thread : threads_) {
+        if (thread.get_id() == self) {
+            thread.detach();
+        } else {
+            thread.join();
+        }
+    }
+}
+
+const std::string& YWorkQueue::label() const { return pool_->label; }
+
+std::size_t YWorkQueue::threadCount() const { return threads_.size(); }
+
+void YWorkQueue::async(std::function<void()> task) { pool_->post(std::move(task)); }
+
+}  // namespace ycontacts

@@ -1,0 +1,69 @@
+#pragma once
+// YSqliteConnection: one open sqlite3 handle with its statement cache; YSqliteHelper keeps one per identifier.
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ycontacts/Platform/YSqliteHelper/YSqliteConfiguration.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteResult.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteValue.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace ycontacts {
+
+// Not thread-safe by itself: whoever calls the statement functions holds mutex() for the whole call.
+class YSqliteConnection {
+public:
+    // One bound parameter; a null pointer binds NULL.
+    using Binding = const YSqliteValue*;
+
+    // Opens (for readWrite, creating) the file in WAL mode with synchronous=NORMAL, a 5 s busy timeout
+    // and foreign keys off.
+    static YSqliteResult<std::shared_ptr<YSqliteConnection>> open(const YSqliteConfiguration& configuration);
+
+    ~YSqliteConnection();
+    YSqliteConnection(const YSqliteConnection&) = delete;
+    YSqliteConnection& operator=(const YSqliteConnection&) = delete;
+
+    std::mutex& mutex() { return mutex_; }
+
+    // Runs one statement with its parameters bound in order and returns the rows it yields (none for a
+    // write). Text holding a second statement is refused.
+    YSqliteResult<std::vector<YSqliteRow>> run(const std::string& sql, const std::vector<Binding>& bindings);
+
+    // Runs one statement once per list of bindings, all in one transaction (a savepoint when a transaction
+    // is already open); the first failure rolls the whole call back.
+    YSqliteResult<void> runEach(const std::string& sql, const std::vector<std::vector<Binding>>& bindingRows);
+
+    // Runs text that may hold several statements; a transaction it opens and leaves open by failing is
+    // rolled back.
+    YSqliteResult<void> runScript(const std::string& sql);
+
+private:
+    // Enough for the store's fixed statements; statements with values spliced into their text come and go.
+    static constexpr std::size_t statementCacheCapacity = 64;
+
+    explicit YSqliteConnection(sqlite3* database);
+
+    // The cached statement for `sql`, prepared on first use; null with `error` set on failure.
+    sqlite3_stmt* statement(const std::string& sql, YSqliteError& error);
+    YSqliteResult<void> bindAll(sqlite3_stmt* statement, const std::vector<Binding>& bindings);
+    YSqliteError lastError() const;
+    YSqliteError lastError(int code) const;
+
+    sqlite3* database_;
+    std::mutex mutex_;
+    // Most recently used first; the map points into the list.
+    std::list<std::pair<std::string, sqlite3_stmt*>> statements_;
+    std::unordered_map<std::string, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> statementIndex_;
+};
+
+}  // namespace ycontacts

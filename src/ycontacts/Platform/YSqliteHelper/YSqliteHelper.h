@@ -1,0 +1,88 @@
+#pragma once
+// YSqliteHelper: the library's database adapter; named SQLite connections and the statements run on them.
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "ycontacts/Platform/YSqliteHelper/YSqliteConfiguration.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteQueryOptions.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteResult.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteValue.h"
+
+namespace ycontacts {
+
+class YSqliteConnection;
+
+// Every operation names the connection by the identifier it was registered under. Any thread may call
+// any operation: one connection serves one call at a time. Nothing throws; failures come back as error
+// results (an unknown identifier is SQLITE_MISUSE) and, when `alert` is true, as an error log line.
+//
+// Table and column names are quoted as identifiers; `where` texts are SQL written by the caller and go
+// into the statement unchanged, so values a user typed belong in the bound select instead.
+class YSqliteHelper {
+public:
+    // The instance the library uses.
+    static YSqliteHelper& getShared();
+
+    YSqliteHelper();
+    ~YSqliteHelper();
+    YSqliteHelper(const YSqliteHelper&) = delete;
+    YSqliteHelper& operator=(const YSqliteHelper&) = delete;
+
+    // Opens the database and binds it to `identifier`, replacing an earlier connection of that identifier.
+    // A failed registration is logged and leaves any earlier connection in place.
+    YSqliteResult<void> registerDB(const std::string& identifier, const YSqliteConfiguration& configuration);
+    // Closes the connection once calls already running on it are done.
+    void unregisterDB(const std::string& identifier);
+
+    // Inserts the rows (INSERT OR REPLACE when `replace`), binding every value, in one transaction: either
+    // every row is written or none. A column missing from some rows is NULL in them.
+    YSqliteResult<void> save(const std::string& tableName, const std::vector<YSqliteRow>& columns, bool replace,
+                             bool alert, const std::string& identifier);
+
+    // DELETE FROM `from` [WHERE where].
+    YSqliteResult<void> deleteFrom(const std::string& from, const std::optional<std::string>& where, bool alert,
+                                   const std::string& identifier);
+
+    // SELECT * FROM `from` [WHERE where] [ORDER BY column] [LIMIT limit] [OFFSET offset].
+    YSqliteResult<std::vector<YSqliteRow>> select(const std::string& from,
+                                                  const std::optional<YSqliteSortDescriptor>& sortDescriptor,
+                                                  const std::optional<std::string>& where, std::optional<int> limit,
+                                                  std::optional<int> offset, bool alert,
+                                                  const std::string& identifier);
+
+    // One SELECT statement written by the caller.
+    YSqliteResult<std::vector<YSqliteRow>> select(const std::string& rawQuery, bool alert,
+                                                  const std::string& identifier);
+
+    // One SELECT statement whose "?" parameters take `bindings` in order.
+    YSqliteResult<std::vector<YSqliteRow>> select(const std::string& rawQuery,
+                                                  const std::vector<YSqliteValue>& bindings, bool alert,
+                                                  const std::string& identifier);
+
+    // UPDATE [OR onConflict] tableName SET column = value, ... WHERE where; the values are bound. Without a
+    // conflict resolution SQLite's default (abort) applies. Empty column data updates nothing.
+    YSqliteResult<void> update(const std::string& tableName, const std::string& where, const YSqliteRow& columnData,
+                               std::optional<YSqliteConflictResolution> onConflict, bool alert,
+                               const std::string& identifier);
+
+    // Statements that return no rows, several allowed, run in order until one fails.
+    YSqliteResult<void> execute(const std::string& rawQuery, bool alert, const std::string& identifier);
+
+private:
+    std::shared_ptr<YSqliteConnection> connection(const std::string& identifier) const;
+
+    // Finds the connection, runs `work` on it under its lock, then logs a failure when `alert` is set.
+    template <typename T, typename Work>
+    YSqliteResult<T> perform(const char* operation, const std::string& target, bool alert,
+                             const std::string& identifier, Work&& work) noexcept;
+
+    mutable std::mutex registryMutex_;
+    std::unordered_map<std::string, std::shared_ptr<YSqliteConnection>> connections_;
+};
+
+}  // namespace ycontacts

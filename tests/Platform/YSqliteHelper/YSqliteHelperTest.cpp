@@ -1,0 +1,351 @@
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/YSqliteHelper/YSqliteTestSupport.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
+
+namespace ycontacts {
+namespace {
+
+using namespace std::string_literals;
+using sqlitetest::ErrorLogCapture;
+using sqlitetest::TemporaryDirectory;
+
+class YSqliteHelperTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(helper.registerDB(db, YSqliteConfiguration(YSqliteConnectionMode::readWrite, directory.file("main.db")))
+                        .ok());
+        ASSERT_TRUE(helper
+                        .execute("CREATE TABLE Contact (yuid TEXT, contactId TEXT, name TEXT, weightage INTEGER, "
+                                 "isOrg INTEGER, score REAL, photo BLOB, PRIMARY KEY (yuid, contactId));",
+                                 true, db)
+                        .ok());
+    }
+
+    std::vector<YSqliteRow> all(const std::string& table = "Contact") {
+        auto rows = helper.select(table, YSqliteSortDescriptor{"contactId", true}, std::nullopt, std::nullopt,
+                                  std::nullopt, true, db);
+        EXPECT_TRUE(rows.ok()) << rows.error().message;
+        return rows.value();
+    }
+
+    static YSqliteRow contact(const std::string& contactId, const std::string& name) {
+        return {{"yuid", "u1"s}, {"contactId", contactId}, {"name", name}};
+    }
+
+    static std::vector<std::string> idsOf(const std::vector<YSqliteRow>& rows) {
+        std::vector<std::string> ids;
+        for (const auto& row : rows) ids.push_back(std::get<std::string>(row.at("contactId")));
+        return ids;
+    }
+
+    TemporaryDirectory directory;
+    ErrorLogCapture log;
+    YSqliteHelper helper;
+    const std::string db = "test";
+};
+
+TEST_F(YSqliteHelperTest, SaveThenSelectRoundTripsEveryValueKindAndLeavesNullColumnsOut) {
+    const std::string awkwardText = "O'Brien \"quoted\" \xC3\xA9t\xC3\xA9 with a\0nul"s;
+    const std::vector<YSqliteRow> rows = {
+        {{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
+         {"weightage", std::numeric_limits<std::int64_t>::max()}, {"isOrg", true}, {"score", 2.5}},
+        // name and score are missing here while present in the other row: they are stored as NULL.
+        {{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", std::numeric_limits<std::int64_t>::min()},
+         {"isOrg", false}},
+    };
+    ASSERT_TRUE(helper.save("Contact", rows, false, true, db).ok());
+
+    const auto stored = all();
+    ASSERT_EQ(stored.size(), 2u);
+    const YSqliteRow expectedA = {{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
+                                  {"weightage", std::numeric_limits<std::int64_t>::max()},
+                                  {"isOrg", std::int64_t{1}}, {"score", 2.5}};
+    const YSqliteRow expectedB = {{"yuid", "u1"s}, {"contactId", "b"s},
+                                  {"weightage", std::numeric_limits<std::int64_t>::min()},
+                                  {"isOrg", std::int64_t{0}}};
+    EXPECT_EQ(stored[0], expectedA);
+    EXPECT_EQ(stored[1], expectedB);
+
+    // A BLOB comes back as a string holding its bytes.
+    ASSERT_TRUE(helper.execute("UPDATE Contact SET photo = X'00FF41' WHERE contactId = 'b'", true, db).ok());
+    const auto blob = helper.select("SELECT photo FROM Contact WHERE contactId = 'b'", true, db);
+    ASSERT_TRUE(blob.ok());
+    ASSERT_EQ(blob.value().size(), 1u);
+    EXPECT_EQ(blob.value()[0].at("photo"), YSqliteValue("\0\xFF"s "A"));
+}
+
+TEST_F(YSqliteHelperTest, ReplaceOverwritesByKeyWhileADuplicatePlainInsertWritesNothingOfItsCall) {
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann"), contact("b", "Bob")}, false, true, db).ok());
+
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Anna")}, true, true, db).ok());
+    auto stored = all();
+    ASSERT_EQ(idsOf(stored), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Anna"s));
+
+    // c and d come before the duplicate in the same call, and still must not stay behind.
+    const auto duplicate =
+        helper.save("Contact", {contact("c", "Cy"), contact("d", "Di"), contact("a", "Again")}, false, true, db);
+    ASSERT_FALSE(duplicate.ok());
+    EXPECT_EQ(duplicate.error().code, SQLITE_CONSTRAINT);
+    stored = all();
+    EXPECT_EQ(idsOf(stored), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Anna"s));
+
+    // The failed call left no transaction open: the next save commits on its own.
+    ASSERT_TRUE(helper.save("Contact", {contact("c", "Cy")}, false, true, db).ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b", "c"}));
+
+    EXPECT_TRUE(helper.save("NoSuchTable", {}, true, true, db).ok()) << "an empty save does nothing at all";
+}
+
+TEST_F(YSqliteHelperTest, DeleteRemovesWhatTheConditionMatchesOrEverything) {
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann"), contact("b", "Bob"), contact("c", "Cy")}, true, true, db)
+                    .ok());
+
+    // The store lists ids as double-quoted items, which SQLite must read as strings.
+    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = 'u1' and contactId in (\"a\", \"c\")"s, true, db).ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"b"}));
+
+    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = 'u1' and contactId in ()"s, true, db).ok());
+    EXPECT_EQ(all().size(), 1u);
+
+    ASSERT_TRUE(helper.deleteFrom("Contact", std::nullopt, true, db).ok());
+    EXPECT_TRUE(all().empty());
+}
+
+TEST_F(YSqliteHelperTest, SelectAppliesConditionSortLimitAndOffset) {
+    std::vector<YSqliteRow> rows;
+    for (int index = 1; index <= 5; ++index) {
+        rows.push_back({{"yuid", index == 3 ? "u2"s : "u1"s},
+                        {"contactId", "c" + std::to_string(index)},
+                        {"weightage", std::int64_t{index * 10}}});
+    }
+    ASSERT_TRUE(helper.save("Contact", rows, false, true, db).ok());
+
+    const auto page = [&](std::optional<int> limit, std::optional<int> offset) {
+        auto selected = helper.select("Contact", YSqliteSortDescriptor{"weightage", false}, "yuid = 'u1'"s, limit,
+                                      offset, true, db);
+        EXPECT_TRUE(selected.ok()) << selected.error().message;
+        return idsOf(selected.value());
+    };
+    EXPECT_EQ(page(std::nullopt, std::nullopt), (std::vector<std::string>{"c5", "c4", "c2", "c1"}));
+    EXPECT_EQ(page(2, 1), (std::vector<std::string>{"c4", "c2"}));
+    EXPECT_EQ(page(std::nullopt, 3), (std::vector<std::string>{"c1"}));
+    EXPECT_EQ(page(1, std::nullopt), (std::vector<std::string>{"c5"}));
+
+    const auto unconditioned =
+        helper.select("Contact", YSqliteSortDescriptor{"contactId", true}, std::nullopt, 2, std::nullopt, true, db);
+    ASSERT_TRUE(unconditioned.ok());
+    EXPECT_EQ(idsOf(unconditioned.value()), (std::vector<std::string>{"c1", "c2"}));
+}
+
+TEST_F(YSqliteHelperTest, UpdateUsesSqliteDefaultWithoutResolutionAndTheChosenOneOtherwise) {
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann"), contact("b", "Bob"), contact("c", "Cy")}, false, true, db)
+                    .ok());
+
+    // Text stored in an INTEGER column becomes an integer, which the usage-count update relies on.
+    ASSERT_TRUE(helper
+                    .update("Contact", "contactId = 'b' AND yuid = 'u1'", {{"weightage", "7"s}, {"name", "Bo"s}},
+                            std::nullopt, true, db)
+                    .ok());
+    auto stored = all();
+    EXPECT_EQ(stored[1].at("weightage"), YSqliteValue(std::int64_t{7}));
+    EXPECT_EQ(stored[1].at("name"), YSqliteValue("Bo"s));
+    EXPECT_EQ(stored[0].count("weightage"), 0u) << "rows outside the condition keep their values";
+
+    // Renaming a onto b's key collides with b.
+    const auto plain = helper.update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, std::nullopt, true, db);
+    ASSERT_FALSE(plain.ok());
+    EXPECT_EQ(plain.error().code, SQLITE_CONSTRAINT);
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b", "c"}));
+
+    ASSERT_TRUE(
+        helper.update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, YSqliteConflictResolution::ignore, true, db)
+            .ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b", "c"}));
+
+    ASSERT_TRUE(helper
+                    .update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, YSqliteConflictResolution::replace,
+                            true, db)
+                    .ok());
+    stored = all();
+    ASSERT_EQ(idsOf(stored), (std::vector<std::string>{"b", "c"}));
+    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Ann"s)) << "the renamed row replaced the one it collided with";
+}
+
+TEST_F(YSqliteHelperTest, BoundSelectReadsQuotesInValuesAsData) {
+    const std::string injection = "x' OR '1'='1";
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "O'Brien"), contact("b", injection), contact("c", "Cy")}, false,
+                            true, db)
+                    .ok());
+
+    const std::string query = "SELECT contactId FROM Contact WHERE yuid = ? AND name = ? ORDER BY contactId";
+    auto found = helper.select(query, {"u1"s, injection}, true, db);
+    ASSERT_TRUE(found.ok()) << found.error().message;
+    EXPECT_EQ(idsOf(found.value()), (std::vector<std::string>{"b"}));
+
+    found = helper.select(query, {"u1"s, "O'Brien"s}, true, db);
+    ASSERT_TRUE(found.ok());
+    EXPECT_EQ(idsOf(found.value()), (std::vector<std::string>{"a"}));
+
+    found = helper.select("SELECT contactId FROM Contact WHERE name LIKE ? || '%'", {"O'"s}, true, db);
+    ASSERT_TRUE(found.ok());
+    EXPECT_EQ(idsOf(found.value()), (std::vector<std::string>{"a"}));
+
+    const auto missingValue = helper.select(query, {"u1"s}, true, db);
+    ASSERT_FALSE(missingValue.ok());
+    EXPECT_EQ(missingValue.error().code, SQLITE_RANGE);
+}
+
+TEST_F(YSqliteHelperTest, FailuresComeBackAsErrorsAndAreLoggedOnlyWhenAlerting) {
+    const auto missing = helper.select("SELECT * FROM NoSuchTable", false, db);
+    ASSERT_FALSE(missing.ok());
+    EXPECT_EQ(missing.error().code, SQLITE_ERROR);
+    EXPECT_NE(missing.error().message.find("no such table"), std::string::npos) << missing.error().message;
+    EXPECT_TRUE(missing.value().empty());
+    EXPECT_TRUE(log.messages().empty());
+
+    const auto badSyntax = helper.execute("DELETE FROM WHERE", true, db);
+    ASSERT_FALSE(badSyntax.ok());
+    ASSERT_EQ(log.messages().size(), 1u);
+    EXPECT_NE(log.messages()[0].find(badSyntax.error().message), std::string::npos) << log.messages()[0];
+    EXPECT_NE(log.messages()[0].find("test"), std::string::npos) << "names the database";
+
+    log.clear();
+    const auto badColumn = helper.save("Contact", {{{"nope", "x"s}}}, true, true, db);
+    ASSERT_FALSE(badColumn.ok());
+    ASSERT_EQ(log.messages().size(), 1u);
+    EXPECT_NE(log.messages()[0].find("has no column named nope"), std::string::npos) << log.messages()[0];
+
+    // Text with a second statement is refused by the single-statement operations.
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann")}, false, true, db).ok());
+    const auto smuggled = helper.deleteFrom("Contact", "contactId = 'zz'; DELETE FROM Contact"s, false, db);
+    ASSERT_FALSE(smuggled.ok());
+    EXPECT_EQ(smuggled.error().code, SQLITE_MISUSE);
+    EXPECT_EQ(all().size(), 1u);
+}
+
+TEST_F(YSqliteHelperTest, ExecuteRunsSeveralStatementsAndRollsBackATransactionItLeftOpenByFailing) {
+    ASSERT_TRUE(helper
+                    .execute("INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'a');"
+                             "INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'b');",
+                             true, db)
+                    .ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b"}));
+
+    const auto failed = helper.execute(
+        "BEGIN; INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'c'); INSERT INTO Missing VALUES (1); COMMIT;",
+        false, db);
+    ASSERT_FALSE(failed.ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b"}));
+    ASSERT_TRUE(helper.save("Contact", {contact("d", "Di")}, false, true, db).ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a", "b", "d"}));
+}
+
+TEST_F(YSqliteHelperTest, SaveInsideATransactionOpenedByExecuteJoinsIt) {
+    ASSERT_TRUE(helper.execute("BEGIN", true, db).ok());
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann")}, false, true, db).ok());
+    // The failing save undoes only its own rows.
+    ASSERT_FALSE(helper.save("Contact", {contact("b", "Bob"), contact("a", "Ann")}, false, false, db).ok());
+    ASSERT_TRUE(helper.execute("ROLLBACK", true, db).ok());
+    EXPECT_TRUE(all().empty());
+
+    ASSERT_TRUE(helper.execute("BEGIN", true, db).ok());
+    ASSERT_FALSE(helper.save("Contact", {contact("b", "Bob"), contact("b", "Bob")}, false, false, db).ok());
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann")}, false, true, db).ok());
+    ASSERT_TRUE(helper.execute("COMMIT", true, db).ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a"}));
+}
+
+TEST_F(YSqliteHelperTest, ConnectionIsInWalModeWithNormalSyncABusyTimeoutAndNoForeignKeys) {
+    const auto pragma = [&](const std::string& name) {
+        const auto rows = helper.select("PRAGMA " + name, true, db);
+        EXPECT_TRUE(rows.ok() && rows.value().size() == 1u) << name;
+        return rows.value().empty() ? YSqliteValue() : rows.value()[0].begin()->second;
+    };
+    EXPECT_EQ(pragma("journal_mode"), YSqliteValue("wal"s));
+    EXPECT_EQ(pragma("synchronous"), YSqliteValue(std::int64_t{1}));
+    EXPECT_EQ(pragma("busy_timeout"), YSqliteValue(std::int64_t{5000}));
+    EXPECT_EQ(pragma("foreign_keys"), YSqliteValue(std::int64_t{0}));
+}
+
+TEST_F(YSqliteHelperTest, UnknownIdentifierIsAMisuseForEveryOperation) {
+    const std::string unknown = "never-registered";
+    std::vector<YSqliteError> errors;
+    const auto collect = [&](const auto& result) {
+        EXPECT_FALSE(result.ok());
+        errors.push_back(result.error());
+    };
+    collect(helper.save("Contact", {contact("a", "Ann")}, true, true, unknown));
+    collect(helper.deleteFrom("Contact", std::nullopt, true, unknown));
+    collect(helper.select("Contact", std::nullopt, std::nullopt, std::nullopt, std::nullopt, true, unknown));
+    collect(helper.select("SELECT 1", true, unknown));
+    collect(helper.select("SELECT ?", {"x"s}, true, unknown));
+    collect(helper.update("Contact", "1", {{"name", "x"s}}, std::nullopt, true, unknown));
+    collect(helper.execute("SELECT 1", true, unknown));
+    for (const auto& error : errors) EXPECT_EQ(error.code, SQLITE_MISUSE);
+    EXPECT_EQ(log.messages().size(), errors.size());
+    for (const auto& message : log.messages()) EXPECT_NE(message.find(unknown), std::string::npos) << message;
+
+    helper.unregisterDB(db);
+    const auto afterUnregister = helper.select("SELECT 1", false, db);
+    ASSERT_FALSE(afterUnregister.ok());
+    EXPECT_EQ(afterUnregister.error().code, SQLITE_MISUSE);
+}
+
+TEST_F(YSqliteHelperTest, IdentifiersAreIndependentAndRegisteringAgainSwitchesTheFile) {
+    ASSERT_TRUE(
+        helper.registerDB("other", YSqliteConfiguration(YSqliteConnectionMode::readWrite, directory.file("other.db")))
+            .ok());
+    ASSERT_TRUE(helper.execute("CREATE TABLE Contact (yuid TEXT, contactId TEXT, name TEXT)", true, "other").ok());
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann")}, false, true, db).ok());
+    ASSERT_TRUE(helper.save("Contact", {contact("z", "Zed")}, false, true, "other").ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a"}));
+    auto other = helper.select("Contact", std::nullopt, std::nullopt, std::nullopt, std::nullopt, true, "other");
+    ASSERT_TRUE(other.ok());
+    EXPECT_EQ(idsOf(other.value()), (std::vector<std::string>{"z"}));
+
+    ASSERT_TRUE(helper.registerDB(db, YSqliteConfiguration(YSqliteConnectionMode::readWrite, directory.file("other.db")))
+                    .ok());
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"z"}));
+
+    // A registration that fails keeps the connection already there.
+    const auto failed = helper.registerDB(
+        db, YSqliteConfiguration(YSqliteConnectionMode::readWrite, directory.file("missing-dir/x.db")));
+    ASSERT_FALSE(failed.ok());
+    EXPECT_EQ(failed.error().code, SQLITE_CANTOPEN);
+    EXPECT_EQ(log.messages().size(), 1u);
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"z"}));
+}
+
+TEST_F(YSqliteHelperTest, ReadOnlyConnectionReadsTheFileButRefusesWrites) {
+    ASSERT_TRUE(helper.save("Contact", {contact("a", "Ann")}, false, true, db).ok());
+    ASSERT_TRUE(
+        helper.registerDB("reader", YSqliteConfiguration(YSqliteConnectionMode::readOnly, directory.file("main.db")))
+            .ok());
+
+    const auto read = helper.select("Contact", std::nullopt, std::nullopt, std::nullopt, std::nullopt, true, "reader");
+    ASSERT_TRUE(read.ok()) << read.error().message;
+    EXPECT_EQ(idsOf(read.value()), (std::vector<std::string>{"a"}));
+
+    const auto write = helper.save("Contact", {contact("b", "Bob")}, false, false, "reader");
+    ASSERT_FALSE(write.ok());
+    EXPECT_EQ(write.error().code, SQLITE_READONLY);
+    EXPECT_EQ(idsOf(all()), (std::vector<std::string>{"a"}));
+
+    EXPECT_FALSE(
+        helper.registerDB("ghost", YSqliteConfiguration(YSqliteConnectionMode::readOnly, directory.file("absent.db")))
+            .ok());
+    EXPECT_FALSE(std::filesystem::exists(directory.file("absent.db"))) << "read-only never creates the file";
+}
+
+}  // namespace
+}  // namespace ycontacts
