@@ -5,9 +5,9 @@
 #include <atomic>
 #include <thread>
 
-#include "sample_server/SampleConnections.h"
 #include "sample_server/SampleContactStore.h"
 #include "sample_server/SampleDataGenerator.h"
+#include "sample_server/SampleHttpServer.h"
 #include "sample_server/SampleRouteSupport.h"
 #include "sample_server/SampleWireJson.h"
 
@@ -44,7 +44,7 @@ struct SampleContactsServer::Impl {
     SampleRequestLog log;
     SampleStopSignal stopSignal;
     SampleRouteContext context;
-    std::unique_ptr<httplib::Server> server;
+    std::unique_ptr<SampleHttpServer> server;
     std::thread thread;
     std::atomic<int> port{0};
     std::mutex lifecycle;
@@ -58,7 +58,7 @@ int SampleContactsServer::start() {
     std::lock_guard lock(impl_->lifecycle);
     if (impl_->server) return impl_->port;
 
-    auto server = std::make_unique<httplib::Server>();
+    auto server = std::make_unique<SampleHttpServer>();
     server->new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
     server->set_pre_routing_handler([impl = impl_.get()](const httplib::Request& request, httplib::Response&) {
         impl->logRequest(request);
@@ -92,7 +92,7 @@ void SampleContactsServer::stop() {
     impl_->stopSignal.raise();
     impl_->server->stop();
     // Idle keep-alive connections would otherwise hold their workers until the keep-alive time-out.
-    shutdownAcceptedConnections(impl_->port);
+    impl_->server->shutdownConnections();
     if (impl_->thread.joinable()) impl_->thread.join();
     impl_->server.reset();
 }

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <memory>
 
-#include "sample_server/SampleConnections.h"
+#include "sample_server/SampleHttpServer.h"
 #include "sample_server/SamplePhoto.h"
 
 namespace sample_server {
@@ -35,12 +35,10 @@ void malformBody(httplib::Response& response) {
 }
 
 // Returns true when the fault took the place of the real reply.
-bool playFault(SampleRouteContext& context, const Fault& fault, const httplib::Request& request,
-               httplib::Response& response) {
+bool playFault(SampleRouteContext& context, const Fault& fault, httplib::Response& response) {
     if (fault.delay.count() > 0) context.stopSignal.waitFor(fault.delay);
     if (fault.dropConnection) {
-        shutdownConnection(request.local_port, request.remote_port);
-        response.set_header("Connection", "close");
+        SampleHttpServer::dropCurrentConnection();
         return true;
     }
     if (fault.error404Envelope) {
@@ -79,7 +77,7 @@ void SampleStopSignal::reset() {
 httplib::Server::Handler guarded(SampleRouteContext& context, AuthorizedHandler handler) {
     return [&context, handler = std::move(handler)](const httplib::Request& request, httplib::Response& response) {
         const std::optional<Fault> fault = context.faults.take(request.path, pageOf(request));
-        if (fault && playFault(context, *fault, request, response)) return;
+        if (fault && playFault(context, *fault, response)) return;
 
         const auto user = context.store.userForToken(request.get_header_value("Authorization"));
         if (!user)
