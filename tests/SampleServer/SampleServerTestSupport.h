@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -24,6 +25,28 @@ struct RawReply {
 
 // Sends one GET with "Connection: close" and reads until the server closes (10 s receive time-out).
 RawReply rawGet(int port, const std::string& target, const std::string& authorization);
+
+// A raw client connection kept open across requests (5 s receive time-out), to watch one connection.
+class RawConnection {
+public:
+    explicit RawConnection(int port);
+    ~RawConnection();
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
+
+    // Sends GET requests, back to back in one write, without asking the server to close.
+    bool sendGets(const std::vector<std::string>& targets, const std::string& authorization);
+    // Reads one reply, head and Content-Length body; status 0 when the connection ended first.
+    RawReply readReply();
+    // True when the server closed the connection (end of stream) with nothing more to read.
+    bool closedByServer();
+
+private:
+    bool fill();
+
+    int fd_ = -1;
+    std::string pending_;
+};
 
 struct JsonReply {
     int status = 0;
