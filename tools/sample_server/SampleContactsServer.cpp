@@ -3,6 +3,10 @@
 #include <httplib.h>
 
 #include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
 #include <thread>
 
 #include "sample_server/SampleContactStore.h"
@@ -77,11 +81,20 @@ int SampleContactsServer::start() {
                                                       ? impl_->requestedPort
                                                       : -1);
     if (port <= 0) return -1;
+    // Set before serving: replies carry URLs built from it.
     impl_->port = port;
     impl_->stopSignal.reset();
-    impl_->thread = std::thread([raw = server.get()] { raw->listen_after_bind(); });
+    auto listening = std::make_shared<std::atomic<bool>>(true);
+    impl_->thread = std::thread([raw = server.get(), listening] {
+        raw->listen_after_bind();
+        *listening = false;
+    });
     // The socket already queues connections; waiting for the accept loop makes a following stop() reliable.
-    while (!server->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (!server->is_running() && *listening) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (!server->is_running()) {
+        impl_->thread.join();
+        return -1;
+    }
     impl_->server = std::move(server);
     return port;
 }
