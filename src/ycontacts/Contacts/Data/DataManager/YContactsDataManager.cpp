@@ -66,9 +66,13 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
           },
           contactsBatchFetchLimit)),
       queue_("YContactsQueue") {
-    // Blocks run only while queue_ lives, and queue_ goes first in destruction, so `this` is valid in them.
+    // Blocks and timer actions run only while queue_ lives, and queue_ goes first in destruction, so `this`
+    // is valid in them. The action holds the object weakly through weak_from_this(), which it reads only
+    // once a user has been started: that start came after the owner's shared_ptr was made, so the read
+    // cannot race with the shared_ptr filling it in. With no user started there is nothing to sync.
     queue_.async([this] {
         syncTime_ = queue_.scheduleTimer(std::chrono::duration<double>(intervals_.syncTimeInterval), true, [this] {
+            if (startedYuids_.read([](const YuidList& yuids) { return yuids.empty(); })) return;
             if (auto self = weak_from_this().lock()) self->startScheduledSync();
         });
     });
@@ -126,11 +130,12 @@ std::optional<double> YContactsDataManager::lastUpdatedTime(const std::string& y
 }
 
 void YContactsDataManager::restartInMemoryTimer() {
-    queue_.async([this] {
+    // Called from a query on the caller's thread, so the object is already in its shared_ptr.
+    queue_.async([this, weak = weak_from_this()] {
         if (destroyTimer_) destroyTimer_->invalidate();
         destroyTimer_ =
-            queue_.scheduleTimer(std::chrono::duration<double>(intervals_.destroyInMemoryInterval), true, [this] {
-                if (auto self = weak_from_this().lock()) self->destroyInMemory();
+            queue_.scheduleTimer(std::chrono::duration<double>(intervals_.destroyInMemoryInterval), true, [weak] {
+                if (auto self = weak.lock()) self->destroyInMemory();
             });
     });
 }

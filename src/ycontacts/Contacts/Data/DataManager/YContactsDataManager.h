@@ -35,7 +35,7 @@ struct YContactsDataManagerIntervals {
 // Must be owned by a std::shared_ptr (make it with std::make_shared): server replies, timer actions and the
 // query component reach it only through weak references, so an object held any other way drops every
 // server reply and its timers do nothing. The first sync timer firing comes one syncTimeInterval after
-// construction; the owner must have put the object into its shared_ptr by then (make_shared does so at once).
+// construction, and it does nothing until some user has been started.
 //
 // Threads: public operations may be called from any thread. The private serial queue "YContactsQueue" runs
 // the sync timer and the in-memory destroy timer on its own thread. Server replies are handled on the
