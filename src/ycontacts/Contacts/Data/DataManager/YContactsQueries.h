@@ -1,6 +1,7 @@
 #pragma once
 // YContactsQueries: the contacts data manager's list, look-up, count and suggestion queries and their in-memory search caches.
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -79,6 +80,39 @@ public:
                                                 std::optional<int> limit);
 
 private:
+    // Which population and user the suggestion cache (currentCache) was filled for, and whether the store
+    // gave fewer rows than asked, so that the cache holds every match of its keyword.
+    struct SuggestionCacheScope {
+        std::string yuid;
+        std::optional<bool> isOrg;
+        bool complete = false;
+    };
+
+    // Calls `local` and `server` as `requestType` asks; `local` reports whether the store answered.
+    static void route(RequestType requestType, const std::function<bool()>& local,
+                      const std::function<void()>& server);
+    bool localContactsStep(const std::function<std::optional<std::vector<YContact>>()>& read,
+                           const ContactsCallback& callback) const;
+    void serverContactsStep(const std::string& yuid, const std::optional<std::string>& yoid,
+                            const std::optional<std::string>& searchStr, std::optional<int> limit,
+                            std::optional<bool> isOrg, const ContactsCallback& callback);
+    void takeContactsSearchReply(const std::string& yuid, const std::string& keyword, bool isOrg,
+                                 std::uint64_t ticket, std::optional<int> limit,
+                                 std::optional<std::vector<YContact>> contacts);
+
+    bool localSuggestionsStep(const std::string& yuid, const std::string& searchStr, int limit,
+                              std::optional<bool> isOrg, const SuggestionsCallback& callback);
+    std::optional<std::vector<YSuggestionContact>> narrowSuggestionCache(const std::string& yuid,
+                                                                         const std::string& searchStr, int limit,
+                                                                         std::optional<bool> isOrg);
+    void serverSuggestionsStep(const std::string& yuid, const std::optional<std::string>& yoid,
+                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
+                               const SuggestionsCallback& callback);
+    void takeSuggestionsSearchReply(const std::string& yuid, const std::string& searchStr, std::uint64_t ticket,
+                                    int limit, std::optional<std::vector<YContact>> contacts);
+
+    void restartTimer() const;
+
     const std::shared_ptr<YContactsDatabaseContract> database_;
     const std::shared_ptr<YContactsNetworkContract> network_;
     const std::function<void()> restartInMemoryTimer_;
@@ -87,6 +121,14 @@ private:
     // One lock for the whole in-memory state; never held while a callback or a collaborator runs.
     mutable std::mutex mutex_;
     InMemoryState state_;
+    // Each server search gets the next ticket; a reply is delivered only while its ticket is the user's
+    // newest of its kind, so two searches for the same keyword still answer once.
+    std::uint64_t nextTicket_ = 0;
+    std::map<std::string, std::uint64_t> newestContactsSearch_;
+    std::map<std::string, std::uint64_t> newestSuggestionsSearch_;
+    // Per yuid, whether the first-letter search behind currentNetworkCache asked for organisation contacts.
+    std::map<std::string, bool> currentNetworkCacheIsOrg_;
+    std::optional<SuggestionCacheScope> suggestionCacheScope_;
 };
 
 }  // namespace ycontacts
