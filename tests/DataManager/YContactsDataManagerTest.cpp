@@ -40,12 +40,14 @@ TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete)
     EXPECT_EQ(request->updatedTime, std::nullopt);
     EXPECT_EQ(request->yoid, std::nullopt);
 
-    // Personal complete, organisation not: the same.
+    // Personal complete, organisation not: the initial fetch goes straight to the organisation part.
     preference->seed("u2", false, true);
-    manager->start("u2", std::nullopt);
+    manager->start("u2", "o2");
     request = network->nextPage();
     ASSERT_TRUE(request);
     EXPECT_EQ(request->yuid, "u2");
+    EXPECT_TRUE(request->isOrg);
+    EXPECT_EQ(request->yoid, "o2");
     EXPECT_EQ(request->updatedTime, std::nullopt);
 
     // Both complete: an incremental sync from page 1, changes since the stored time.
@@ -57,7 +59,7 @@ TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete)
     EXPECT_EQ(request->startIndex, 1);
     EXPECT_EQ(request->updatedTime, 7000.0);
 
-    EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 o1 initial", "downloadStarted u2 nil initial",
+    EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 o1 initial", "downloadStarted u2 o2 initial",
                                                 "downloadStarted u3 o3 sync"));
     for (const char* yuid : {"u1", "u2", "u3"}) EXPECT_TRUE(manager->isSyncInProgress(yuid)) << yuid;
 }
@@ -227,6 +229,34 @@ TEST_F(DataManagerTest, UsageCountsAreStoredPostedAndAnswered) {
     EXPECT_EQ(answers[1], std::nullopt);
     EXPECT_EQ(answers[2], std::nullopt);
     EXPECT_THAT(observer->events(), ElementsAre("usageCountUpdated u1 c1=4 c2=9"));
+}
+
+TEST_F(DataManagerTest, DestroyInMemoryEmptiesTheSearchMapsButKeepsTheCurrentCache) {
+    ON_CALL(*database, getSuggestionContacts("u1", _, "an", 10))
+        .WillByDefault(Return(std::vector<YSuggestionContact>{YSuggestionContact("c1", "ann@x.test", "Ann", false)}));
+    ON_CALL(*network, searchContacts("u1", _, _, _, std::optional<std::string>("a"), _))
+        .WillByDefault([](auto&&, auto&&, auto, auto, auto&&, YContactsNetworkContract::SearchCallback callback) {
+            callback(contacts({"c2"}));
+        });
+    manager->getSuggestionContacts("u1", std::nullopt, "an", 10, std::nullopt, RequestType::local,
+                                   [](auto&&, auto&&) {});
+    manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
+                         [](auto&&) {});
+    auto state = manager->queries()->inMemoryState();
+    ASSERT_EQ(state.currentNetworkKeyword.count("u1"), 1u);
+    ASSERT_TRUE(state.currentCache);
+
+    manager->destroyInMemory();
+    state = manager->queries()->inMemoryState();
+    EXPECT_TRUE(state.networkMostUsedContacts.empty());
+    EXPECT_TRUE(state.currentNetworkCache.empty());
+    EXPECT_TRUE(state.currentNetworkKeywordStart.empty());
+    EXPECT_TRUE(state.currentNetworkKeyword.empty());
+    EXPECT_TRUE(state.currentSuggestionsNetworkCallback.empty());
+    EXPECT_TRUE(state.currentContactsNetworkCallback.empty());
+    ASSERT_TRUE(state.currentCache);
+    EXPECT_EQ(state.currentCache->size(), 1u);
+    EXPECT_EQ(state.currentSearchKeyword, "an");
 }
 
 TEST_F(DataManagerTest, PhotoRequestsAreAnsweredOnceWithoutAPhoto) {

@@ -51,8 +51,9 @@ private:
 // Records its two timer actions before doing what the data manager does.
 class TimedDataManager : public YContactsDataManager {
 public:
-    TimedDataManager(Intervals intervals, std::shared_ptr<FireLog> syncFires, std::shared_ptr<FireLog> destroyFires)
-        : YContactsDataManager(nullptr, nullptr, nullptr, nullptr, intervals),
+    TimedDataManager(Intervals intervals, std::shared_ptr<FireLog> syncFires, std::shared_ptr<FireLog> destroyFires,
+                     std::shared_ptr<YContactsNetworkContract> network = nullptr)
+        : YContactsDataManager(nullptr, std::move(network), nullptr, nullptr, intervals),
           syncFires_(std::move(syncFires)),
           destroyFires_(std::move(destroyFires)) {}
 
@@ -113,6 +114,17 @@ TEST(YContactsDataManagerTimerTest, TheDestroyTimerFiresOnceOnTheQueueAfterEachR
     EXPECT_EQ(destroyFires->count(), 2);
     EXPECT_TRUE(destroyFires->allOnQueue());
     EXPECT_EQ(destroyFires->threads(), syncFires->threads());
+}
+
+TEST(YContactsDataManagerTimerTest, AServerSearchStartsTheDestroyTimer) {
+    const auto destroyFires = std::make_shared<FireLog>();
+    const auto network = std::make_shared<NiceMock<MockNetwork>>();
+    auto manager = std::make_shared<TimedDataManager>(YContactsDataManager::Intervals{3600.0, 0.005},
+                                                      std::make_shared<FireLog>(), destroyFires, network);
+    manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
+                         [](auto&&) {});
+    ASSERT_TRUE(destroyFires->waitFor(1));
+    EXPECT_TRUE(destroyFires->allOnQueue());
 }
 
 }  // namespace
