@@ -205,14 +205,6 @@ TEST_F(DataManagerTest, AnIncrementalSyncAsksForChangesSinceTheLastSyncAndReport
     EXPECT_EQ(observer->events().back(), "downloadComplete u1 o1 sync");
 }
 
-TEST_F(DataManagerTest, AnIncompleteUserAskedToSyncGetsTheInitialFetch) {
-    manager->syncContacts("u1", std::nullopt);
-    const auto request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->updatedTime, std::nullopt);
-    EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 nil initial"));
-}
-
 TEST_F(DataManagerTest, AReplyArrivingAfterTheDataManagerIsGoneIsDropped) {
     EXPECT_CALL(*database, save(_, _)).Times(0);
     EXPECT_CALL(*preference, setCompleteState(_, _, _)).Times(0);

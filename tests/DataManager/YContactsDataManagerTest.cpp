@@ -64,12 +64,20 @@ TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete)
     for (const char* yuid : {"u1", "u2", "u3"}) EXPECT_TRUE(manager->isSyncInProgress(yuid)) << yuid;
 }
 
-TEST_F(DataManagerTest, InitialFetchOfACompleteUserHandsOverToSyncWhichFindsTheUserBusy) {
-    preference->seed("u1", true, true, 7000.0);
-    manager->runInitialFetch("u1", "o1");
+TEST_F(DataManagerTest, SyncAndInitialFetchHandOverToEachOther) {
+    // An incomplete user asked to sync gets the initial fetch.
+    manager->syncContacts("u1", std::nullopt);
+    const auto request = network->nextPage();
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->updatedTime, std::nullopt);
+
+    // A complete user asked for the initial fetch is marked as syncing, then handed to the sync, which finds
+    // the user busy and downloads nothing.
+    preference->seed("u2", true, true, 7000.0);
+    manager->runInitialFetch("u2", "o2");
     EXPECT_EQ(network->pendingPages(), 0u);
-    EXPECT_TRUE(manager->isSyncInProgress("u1"));
-    EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 o1 initial"));
+    EXPECT_TRUE(manager->isSyncInProgress("u2"));
+    EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 nil initial", "downloadStarted u2 o2 initial"));
 }
 
 TEST_F(DataManagerTest, StartRecordsTheYoidAndForgetsItWhenStartedWithout) {
