@@ -1,0 +1,185 @@
+#pragma once
+// YContactsDataManager: owns the signed-in users' contact data at run time: downloads, sync timer, in-memory caches, queries.
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
+#include "ycontacts/Contacts/Data/Contracts/YContactsFileServiceContract.h"
+#include "ycontacts/Contacts/Data/Contracts/YContactsNetworkContract.h"
+#include "ycontacts/Contacts/Data/Contracts/YContactsPreferenceContract.h"
+#include "ycontacts/Contacts/Data/DataManager/YContactsQueries.h"
+#include "ycontacts/Contacts/Data/DataManager/YDataManager.h"
+#include "ycontacts/Contacts/Data/Network/YContactError.h"
+#include "ycontacts/Contacts/Data/Network/YContactNetworkResponse.h"
+#include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
+#include "ycontacts/Contacts/YContactsNotification.h"
+#include "ycontacts/Platform/MarloComponents/SafeReadWrite.h"
+#include "ycontacts/Platform/MarloComponents/YRunLoopQueue.h"
+#include "ycontacts/Platform/MarloComponents/YTimer.h"
+
+namespace ycontacts {
+
+// Periods of the data manager's two repeating timers, in seconds. Tests pass milliseconds' worth.
+struct YContactsDataManagerIntervals {
+    double syncTimeInterval = 6000.0;
+    double destroyInMemoryInterval = 300.0;
+};
+
+// Must be owned by a std::shared_ptr (make it with std::make_shared): server replies, timer actions and the
+// query component reach it only through weak references, so an object held any other way drops every
+// server reply and its timers do nothing. The first sync timer firing comes one syncTimeInterval after
+// construction, and it does nothing until some user has been started.
+//
+// Threads: public operations may be called from any thread. The private serial queue "YContactsQueue" runs
+// the sync timer and the in-memory destroy timer on its own thread. Server replies are handled on the
+// network service's threads, where pages are written to the store. The destructor stops and joins the
+// queue's thread before any other member goes.
+class YContactsDataManager : public YDataManager,
+                             public YContactsDataManagerContract,
+                             public std::enable_shared_from_this<YContactsDataManager> {
+public:
+    using Intervals = YContactsDataManagerIntervals;
+    using NoImageCache = std::map<std::string, std::chrono::system_clock::time_point>;
+    using YuidList = std::vector<std::string>;
+    using YuidYoidMap = std::map<std::string, std::string>;
+
+    // Contacts asked of the server per page.
+    static constexpr int contactsBatchFetchLimit = 1000;
+    // Kept for callers that decide re-fetching; nothing in the data manager reads it.
+    static constexpr double refetchIntervalInMins = 15.0;
+
+    // Every collaborator may be null: the steps that need an absent one are skipped.
+    YContactsDataManager(std::shared_ptr<YContactsDatabaseContract> database,
+                         std::shared_ptr<YContactsNetworkContract> network,
+                         std::shared_ptr<YContactsPreferenceContract> preference,
+                         std::shared_ptr<YContactsFileServiceContract> fileService, Intervals intervals = {});
+    ~YContactsDataManager() override;
+    YContactsDataManager(const YContactsDataManager&) = delete;
+    YContactsDataManager& operator=(const YContactsDataManager&) = delete;
+
+    void start(const std::string& yuid, const std::optional<std::string>& yoid) override;
+    void runInitialFetch(const std::string& yuid, const std::optional<std::string>& yoid) override;
+    void syncContacts(const std::string& yuid, const std::optional<std::string>& yoid) override;
+    std::optional<ContactCount> getContactCount(const std::string& yuids) override;
+    void resetAndStart(const std::string& yuid, const std::optional<std::string>& yoid) override;
+    std::optional<double> lastUpdatedTime(const std::string& yuid) override;
+    bool isSyncInProgress(const std::string& yuid) override;
+    void getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
+                     const std::optional<std::string>& searchStr, std::optional<int> from, std::optional<int> limit,
+                     std::optional<bool> isOrg, RequestType requestType, ContactsCallback callback) override;
+    void getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
+                         const std::optional<std::string>& searchStr, std::optional<int> from,
+                         std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
+                         ContactsCallback callback) override;
+    void getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>& contactIds,
+                            const std::optional<std::vector<std::string>>& emailIds,
+                            const std::optional<std::vector<std::string>>& contactYuids, std::optional<bool> isOrg,
+                            RequestType requestType, ContactsCallback callback) override;
+    void getContact(const std::string& yuid, const std::optional<std::string>& contactId,
+                    const std::optional<std::string>& contactYuid, const std::optional<std::string>& emailId,
+                    bool preferPersonalInfo, ContactCallback callback) override;
+    // Photo retrieval is not part of this build: the handler is answered once, with no data and no path.
+    void getContactImage(const std::string& yuid, const std::optional<std::string>& contactYuid,
+                         const std::optional<std::string>& emailId, const std::optional<std::string>& contactId,
+                         bool isThumbnail, const std::optional<YActivityMetaData>& metaData,
+                         YContactType contactType, ImageHandler handler) override;
+    void getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
+                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
+                               RequestType requestType, SuggestionsCallback callback) override;
+    void getOrgContactSuggestions(const std::string& yuid, const std::optional<std::string>& searchStr,
+                                  std::optional<int> from, int limit, bool excludeGroups, bool shouldSearchNickname,
+                                  OrgSuggestionsCallback callback) override;
+    void getUsageCount(const std::string& yuid, UsageCountCallback callback) override;
+    void removeAllData(const std::string& yuid) override;
+    bool wasInitialDownloadCompleted(const std::string& yuid, const std::optional<std::string>& yoid) override;
+
+    // The sync timer's action: an incremental sync (or the rest of an initial download) for every user
+    // started since construction and not removed since, each with the yoid recorded for it.
+    virtual void startScheduledSync();
+    // The destroy timer's action: empties the per-user search maps of the query component, then stops
+    // the destroy timer until the next server search restarts it.
+    virtual void destroyInMemory();
+
+    // Read-only views of the state boxes, for observers and tests.
+    const SafeReadWrite<NoImageCache>& noImgCache() const { return noImgCache_; }
+    const SafeReadWrite<YuidList>& syncingYuids() const { return syncingYuids_; }
+    const SafeReadWrite<YuidYoidMap>& yuidYoidMap() const { return yuidYoidMap_; }
+    const SafeReadWrite<YuidList>& resetingYuids() const { return resetingYuids_; }
+    // Users visited by the sync timer, in the order they were first started.
+    const SafeReadWrite<YuidList>& startedYuids() const { return startedYuids_; }
+    const Intervals& intervals() const { return intervals_; }
+    const std::shared_ptr<YContactsQueries>& queries() const { return queries_; }
+    // True when called on the "YContactsQueue" thread (inside a timer action, for instance).
+    bool isOnQueue() const { return queue_.isCurrent(); }
+
+protected:
+    // Receives the start index of the page about to be requested.
+    using StepHandler = std::function<void(int nextStartIndex)>;
+    using CompletionHandler = std::function<void()>;
+
+    // Replaces the destroy timer with a fresh one, on the queue.
+    void restartInMemoryTimer();
+    // Invalidates and forgets the destroy timer, on the queue.
+    void stopInMemoryTimer();
+
+    void initialDownload(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
+                         CompletionHandler completionHandler);
+    void downloadContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
+                          int startIndex, int limit, std::optional<double> syncTime, StepHandler stepHandler,
+                          CompletionHandler totalCompletionHandler);
+    void process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg);
+    void initialDownloadComplete(const std::string& yuid, bool isOrg);
+    // Stores now as the user's last updated time, ends the user's sync and returns the time stored.
+    double updateSyncTime(const std::string& yuid);
+    void updateContactCount(const std::string& yuid);
+
+private:
+    void pageArrived(std::optional<YContactNetworkResponse> response, const std::string& yuid,
+                     const std::optional<std::string>& yoid, bool isOrg, int startIndex, int limit,
+                     std::optional<double> syncTime, const StepHandler& stepHandler,
+                     const CompletionHandler& totalCompletionHandler);
+    void downloadFailed(const std::string& yuid, YContactError error);
+    void finishSync(const std::string& yuid, const std::optional<std::string>& yoid);
+    void clearResetMarker(const std::string& yuid);
+    // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
+    bool markSyncing(const std::string& yuid);
+    // Removes the first occurrence only.
+    void unmarkSyncing(const std::string& yuid);
+    void recordStarted(const std::string& yuid);
+    void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid);
+    std::optional<std::string> recordedYoid(const std::string& yuid) const;
+    std::uint64_t removalCount(const std::string& yuid) const;
+
+    static void notify(const std::function<void(YContactsNotification&)>& notification);
+
+    SafeReadWrite<NoImageCache> noImgCache_;
+    SafeReadWrite<YuidList> syncingYuids_;
+    SafeReadWrite<YuidYoidMap> yuidYoidMap_;
+    SafeReadWrite<YuidList> resetingYuids_;
+    const std::shared_ptr<YContactsDatabaseContract> database_;
+    const std::shared_ptr<YContactsNetworkContract> network_;
+    const std::shared_ptr<YContactsPreferenceContract> preference_;
+    const std::shared_ptr<YContactsFileServiceContract> fileService_;
+    const Intervals intervals_;
+    // Touched only on the queue's thread.
+    std::shared_ptr<YTimer> syncTime_;
+    std::shared_ptr<YTimer> destroyTimer_;
+    SafeReadWrite<YuidList> startedYuids_;
+    // Per yuid, how often removeAllData ran: a page reply is applied only while this still equals the
+    // value read when its request went out, so a download cancelled by a reset cannot touch the new one.
+    SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
+    // The query component's weak way back to this object: cleared first thing in the destructor.
+    const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
+    const std::shared_ptr<YContactsQueries> queries_;
+    // Declared last: destroyed first, so its thread is joined while every other member still lives.
+    YRunLoopQueue queue_;
+};
+
+}  // namespace ycontacts
