@@ -1,0 +1,239 @@
+#include "ycontacts/Contacts/Data/Network/YContactsParser.h"
+
+#include "ycontacts/Platform/MarloComponents/Logger.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace ycontacts {
+namespace {
+
+const YContactsHost host = YContactsHost::idc("http://h");
+
+YContactsParserContract::Body bytes(const std::string& text) {
+    return std::vector<std::uint8_t>(text.begin(), text.end());
+}
+
+std::vector<std::string> ids(const std::optional<std::vector<YContact>>& contacts) {
+    std::vector<std::string> result;
+    if (contacts) {
+        for (const auto& contact : *contacts) result.push_back(contact.contactId);
+    }
+    return result;
+}
+
+// The one contact of a full page made of `object`, or absent when the page gives none.
+std::optional<YContact> readOne(const std::string& object) {
+    auto page = YContactsParser().parseSyncContacts(host, bytes(R"({"contacts":[)" + object + "]}"), false,
+                                                    std::nullopt);
+    if (!page || !page->newContacts || page->newContacts->size() != 1) return std::nullopt;
+    return page->newContacts->front();
+}
+
+const std::string fullContact = R"({"contact_id":"100042","first_name":"Zoë","middle_name":"Q","last_name":"O'Brien",
+ "nick_name":"zo","display_name":"Zoë O'Brien","created_time":1700000000123,"updated_time":1,"usage_count":58,
+ "contact_type":"group","yuid":"u9","emails":[{"email_id":"a@x","is_primary":false},{"email_id":"b@x","is_primary":true}],
+ "phones":[{"number":"+1","type":"fax"},{"number":"+2","type":"pager"},{"type":"home"}],
+ "urls":[{"url":"f","type":"flickr"},{"url":"h","type":"home"},{"url":"w","type":"work"},{"url":"l","type":"linkedin"},{"url":"q","type":"Blog"}],
+ "ims":[{"im":"s","type":"skype"},{"im":"z","type":"zephyr"}],"has_photo":false,"photo_url":"http://p",
+ "gender":"female","notes":"line\n\"quoted\"\ttab","is_editable":true,"company":"Acme","job_title":"Dev",
+ "designation":"Lead","address":{"street1":"1 Main","city":"Oslo","postal_code":"0150"},
+ "work_address":{"country":"NO"},"categories":["101",7,"102"],"birthday":{"date":3,"month":12}})";
+
+TEST(YContactsParserTest, ReadsEveryKeyOfAContactObject) {
+    auto contact = readOne(fullContact);
+    ASSERT_TRUE(contact);
+    EXPECT_EQ(contact->contactId, "100042");
+    EXPECT_EQ(contact->firstName, "Zoë");
+    EXPECT_EQ(contact->middleName, "Q");
+    EXPECT_EQ(contact->lastName, "O'Brien");
+    EXPECT_EQ(contact->nickName, "zo");
+    EXPECT_EQ(contact->displayName, "Zoë O'Brien");
+    EXPECT_EQ(contact->createdTime, 1700000000123);
+    EXPECT_EQ(contact->weightage, 58);
+    EXPECT_EQ(contact->type, YContactType::group);
+    EXPECT_EQ(contact->contactYuid, "u9");
+    ASSERT_EQ(contact->emails.size(), 2u);
+    ASSERT_TRUE(contact->primaryEmail);
+    EXPECT_EQ(contact->primaryEmail->emailId, "b@x");
+    EXPECT_EQ(contact->phones, (std::vector<YContact::Phone>{{"+1", YContact::PhoneType::fax},
+                                                              {"+2", YContact::PhoneType::others}}));
+    using U = YContact::URLType;
+    EXPECT_EQ(contact->urls, (std::vector<YContact::URL>{{"f", U::flikr}, {"h", U::personal}, {"w", U::company},
+                                                          {"l", U::linkedIn}, {"q", U::other}}));
+    EXPECT_EQ(contact->IMs, (std::vector<YContact::IM>{{"s", YContact::IMType::skype},
+                                                        {"z", YContact::IMType::others}}));
+    EXPECT_FALSE(contact->hasPhoto);
+    EXPECT_EQ(contact->photoURL, "http://p");
+    EXPECT_EQ(contact->gender, YContact::Gender::female);
+    EXPECT_EQ(contact->notes, "line\n\"quoted\"\ttab");
+    EXPECT_TRUE(contact->isEditable);
+    ASSERT_TRUE(contact->workInfo);
+    EXPECT_EQ(contact->workInfo->company, "Acme");
+    EXPECT_EQ(contact->workInfo->jobTitle, "Dev");
+    EXPECT_EQ(contact->workInfo->designation, "Lead");
+    ASSERT_TRUE(contact->workInfo->address);
+    EXPECT_EQ(contact->workInfo->address->country, "NO");
+    ASSERT_TRUE(contact->address);
+    EXPECT_EQ(contact->address->streetAddress1, "1 Main");
+    EXPECT_EQ(contact->address->city, "Oslo");
+    EXPECT_EQ(contact->address->postalCode, "0150");
+    EXPECT_FALSE(contact->address->state);
+    EXPECT_EQ(contact->categories,
+              (std::vector<YContact::Category>{YContact::Category("101"), YContact::Category("102")}));
+    EXPECT_EQ(contact->birthDate, 3);
+    EXPECT_EQ(contact->birthMonth, 12);
+    EXPECT_FALSE(contact->birthYear);
+}
+
+TEST(YContactsParserTest, DropsObjectsWithoutTextIdAndIgnoresWrongTypedKeys) {
+    EXPECT_FALSE(readOne(R"({"first_name":"x"})"));
+    EXPECT_FALSE(readOne(R"({"contact_id":42})"));
+    EXPECT_FALSE(readOne(R"({"contact_id":null})"));
+    EXPECT_FALSE(readOne(R"("100")"));
+
+    auto odd = readOne(R"({"contact_id":"7","first_name":3,"created_time":"12","usage_count":1.5,"contact_type":"robot",
+        "emails":{"email_id":"a"},"phones":[1,{"type":"mobile"}],"has_photo":"no","notes":null,"is_editable":1,
+        "address":"Main St","gender":"other","birthday":[1,2],"categories":"101"})");
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(odd->contactId, "7");
+    EXPECT_EQ(odd->firstName, "");
+    EXPECT_EQ(odd->createdTime, 0);
+    EXPECT_EQ(odd->weightage, 0);
+    EXPECT_EQ(odd->type, YContactType::user);
+    EXPECT_TRUE(odd->emails.empty());
+    EXPECT_TRUE(odd->phones.empty());
+    EXPECT_TRUE(odd->hasPhoto);
+    EXPECT_FALSE(odd->notes);
+    EXPECT_FALSE(odd->isEditable);
+    EXPECT_FALSE(odd->address);
+    EXPECT_FALSE(odd->workInfo);
+    EXPECT_FALSE(odd->gender);
+    EXPECT_FALSE(odd->birthDate);
+    EXPECT_EQ(odd->categories, std::vector<YContact::Category>{});
+}
+
+TEST(YContactsParserTest, EnvelopeRules) {
+    const YContactsParser parser;
+    // A not-found error reply is an empty final page, whatever else it carries.
+    auto notFound = parser.parseSyncContacts(
+        host, bytes(R"({"errors":[{"message":"no org"}],"status_code":404,"has_more":true})"), true, 5.0);
+    ASSERT_TRUE(notFound);
+    EXPECT_FALSE(notFound->error);
+    EXPECT_FALSE(notFound->hasMore);
+    EXPECT_EQ(notFound->count, 0);
+    EXPECT_FALSE(notFound->newContacts || notFound->updatedContacts || notFound->deletedContacts);
+    EXPECT_FALSE(parser.parseContacts(host, bytes(R"({"errors":[],"status_code":404})"), false));
+
+    // Other error replies are read like any page: without a list they are unreadable.
+    EXPECT_FALSE(parser.parseSyncContacts(host, bytes(R"({"errors":[{}],"status_code":401})"), false, std::nullopt));
+    auto withList = parser.parseSyncContacts(
+        host, bytes(R"({"errors":[],"status_code":500,"contacts":[{"contact_id":"1"}],"has_more":true})"), false,
+        std::nullopt);
+    ASSERT_TRUE(withList);
+    EXPECT_TRUE(withList->hasMore);
+    EXPECT_EQ(withList->count, 1);
+
+    // Missing or non-boolean has_more ends the download.
+    for (const auto* body : {R"({"contacts":[]})", R"({"contacts":[],"has_more":"true"})"}) {
+        auto page = parser.parseSyncContacts(host, bytes(body), false, std::nullopt);
+        ASSERT_TRUE(page) << body;
+        EXPECT_FALSE(page->hasMore) << body;
+        EXPECT_EQ(page->newContacts, std::vector<YContact>{}) << body;
+    }
+    EXPECT_FALSE(parser.parseSyncContacts(host, bytes(R"({"contacts":{}})"), false, std::nullopt));
+    EXPECT_FALSE(parser.parseSyncContacts(host, bytes(R"([{"contact_id":"1"}])"), false, std::nullopt));
+    EXPECT_FALSE(parser.parseSyncContacts(host, std::nullopt, false, std::nullopt));
+    EXPECT_FALSE(parser.parseSyncContacts(host, bytes(""), false, std::nullopt));
+}
+
+TEST(YContactsParserTest, IncrementalPageSplitsByCreationTimeAndTombstones) {
+    const std::string body = R"({"has_more":true,"contacts":[
+        {"contact_id":"a","created_time":1000},{"contact_id":"b","created_time":999},
+        {"contact_id":"c","created_time":1001},{"contact_id":"d","is_deleted":true},
+        {"contact_id":5,"is_deleted":true},{"contact_id":"e","is_deleted":false,"created_time":2000},
+        {"first_name":"no id"},"junk"]})";
+    auto page = YContactsParser().parseSyncContacts(host, bytes(body), true, 1000.7);
+    ASSERT_TRUE(page);
+    EXPECT_TRUE(page->hasMore);
+    EXPECT_EQ(ids(page->newContacts), (std::vector<std::string>{"c", "e"}));
+    EXPECT_EQ(ids(page->updatedContacts), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(page->deletedContacts, std::vector<std::string>{"d"});
+    EXPECT_EQ(page->count, 5);
+    EXPECT_TRUE(page->newContacts->front().isOrg);
+
+    // Without a sync time every readable contact is new, tombstone-shaped ones included.
+    auto full = YContactsParser().parseSyncContacts(host, bytes(body), false, std::nullopt);
+    ASSERT_TRUE(full);
+    EXPECT_EQ(ids(full->newContacts), (std::vector<std::string>{"a", "b", "c", "d", "e"}));
+    EXPECT_FALSE(full->updatedContacts || full->deletedContacts);
+    EXPECT_EQ(full->count, 5);
+    EXPECT_FALSE(full->newContacts->front().isOrg);
+
+    EXPECT_FALSE(YContactsParser().parseSyncContacts(host, bytes(body), true, std::nan("")));
+}
+
+TEST(YContactsParserTest, WordTablesMatchExactly) {
+    using U = YContact::URLType;
+    EXPECT_EQ(YContactsParser::getUrlType("blog"), U::blog);
+    EXPECT_EQ(YContactsParser::getUrlType("facebook"), U::facebook);
+    EXPECT_EQ(YContactsParser::getUrlType("twitter"), U::twitter);
+    EXPECT_EQ(YContactsParser::getUrlType("amazon"), U::amazon);
+    EXPECT_EQ(YContactsParser::getUrlType("delicious"), U::delicious);
+    EXPECT_EQ(YContactsParser::getUrlType("others"), U::other);
+    EXPECT_EQ(YContactsParser::getUrlType("flikr"), U::other);
+    EXPECT_EQ(YContactsParser::getUrlType("linkedIn"), U::other);
+    using I = YContact::IMType;
+    EXPECT_EQ(YContactsParser::getImType("google"), I::google);
+    EXPECT_EQ(YContactsParser::getImType("yahoo"), I::yahoo);
+    EXPECT_EQ(YContactsParser::getImType("aol"), I::aol);
+    EXPECT_EQ(YContactsParser::getImType("icq"), I::icq);
+    EXPECT_EQ(YContactsParser::getImType("msn"), I::msn);
+    EXPECT_EQ(YContactsParser::getImType("jabber"), I::jabber);
+    EXPECT_EQ(YContactsParser::getImType("Skype"), I::others);
+}
+
+TEST(YContactsParserTest, UsageCountsKeepOnlyTextIdsWithIntegerCounts) {
+    const YContactsParser parser;
+    auto counts = parser.parseContactUsageCount(bytes(R"({"contacts":[{"contact_id":"100017","usage_count":58},
+        {"contact_id":"3","usage_count":"41"},{"contact_id":4,"usage_count":1},{"contact_id":"5"},7,
+        {"contact_id":"6","usage_count":-2}]})"));
+    ASSERT_TRUE(counts);
+    EXPECT_FALSE(counts->error);
+    EXPECT_EQ(counts->usageCountDetails, (std::map<std::string, std::string>{{"100017", "58"}, {"6", "-2"}}));
+    EXPECT_FALSE(parser.parseContactUsageCount(bytes(R"({"ids":[]})")));
+    EXPECT_FALSE(parser.parseContactUsageCount(std::nullopt));
+}
+
+// Keeps thousands of expected warnings off the console.
+struct QuietLog {
+    QuietLog() { Logger::shared().setConsoleOutput(false); }
+    ~QuietLog() { Logger::shared().setConsoleOutput(true); }
+};
+
+TEST(YContactsParserTest, TruncatedAndGarbageBodiesGiveNothing) {
+    const QuietLog quiet;
+    const YContactsParser parser;
+    const std::string page = R"({"has_more":true,"contacts":[)" + fullContact + "]}";
+    ASSERT_TRUE(parser.parseSyncContacts(host, bytes(page), false, 10.0));
+    for (std::size_t length = 0; length < page.size(); ++length) {
+        const auto cut = bytes(page.substr(0, length));
+        ASSERT_FALSE(parser.parseSyncContacts(host, cut, false, 10.0)) << length;
+        ASSERT_FALSE(parser.parseContacts(host, cut, false)) << length;
+        ASSERT_FALSE(parser.parseContactUsageCount(cut)) << length;
+    }
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> byte(0, 255);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<std::uint8_t> garbage(1 + round % 64);
+        for (auto& value : garbage) value = static_cast<std::uint8_t>(byte(random));
+        garbage[0] = '[';  // never a JSON object, whatever follows
+        EXPECT_FALSE(parser.parseSyncContacts(host, garbage, false, std::nullopt));
+        EXPECT_FALSE(parser.parseContacts(host, garbage, true));
+    }
+}
+
+}  // namespace
+}  // namespace ycontacts
