@@ -1,6 +1,10 @@
-// The builders YContactService::sharedInstance() uses. A builder whose concrete component is not part of the
-// library yet yields nothing, so that slot stays absent and the facade logs and skips what needs it.
+// The builders YContactService::sharedInstance() uses. The photo file service is not part of the library yet:
+// its builder yields nothing, so photo look-ups answer empty.
 #include "ycontacts/Contacts/YContactService.h"
+#include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
+#include "ycontacts/Contacts/Data/Network/YContactsParser.h"
+#include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
+#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 #include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
@@ -16,20 +20,23 @@ YContactService::Builders YContactService::Builders::defaults() {
     builders.file = [](const std::filesystem::path&) -> std::shared_ptr<YContactsFileServiceContract> {
         return nullptr;
     };
-    // Filled by the network service: YContactsNetworkService(authorization, YContactsURLConstructor,
-    // YContactsParser).
     builders.network =
-        [](const std::shared_ptr<YContactsAuthenticationContract>&) -> std::shared_ptr<YContactsNetworkContract> {
-        return nullptr;
+        [](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
+        -> std::shared_ptr<YContactsNetworkContract> {
+        return std::make_shared<YContactsNetworkService>(authorization, std::make_shared<YContactsURLConstructor>(),
+                                                         std::make_shared<YContactsParser>());
     };
     builders.preference = []() -> std::shared_ptr<YContactsPreferenceContract> {
         return std::make_shared<YContactsPreferenceService>();
     };
-    // Filled by the data manager: YContactsDataManager(database, network, preference, fileService).
-    builders.dataManager = [](std::shared_ptr<YContactsDatabaseContract>, std::shared_ptr<YContactsNetworkContract>,
-                              std::shared_ptr<YContactsPreferenceContract>,
-                              std::shared_ptr<YContactsFileServiceContract>)
-        -> std::shared_ptr<YContactsDataManagerContract> { return nullptr; };
+    builders.dataManager = [](std::shared_ptr<YContactsDatabaseContract> database,
+                              std::shared_ptr<YContactsNetworkContract> network,
+                              std::shared_ptr<YContactsPreferenceContract> preference,
+                              std::shared_ptr<YContactsFileServiceContract> fileService)
+        -> std::shared_ptr<YContactsDataManagerContract> {
+        return std::make_shared<YContactsDataManager>(std::move(database), std::move(network), std::move(preference),
+                                                      std::move(fileService));
+    };
     return builders;
 }
 
