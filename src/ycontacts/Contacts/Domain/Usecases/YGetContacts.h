@@ -2,23 +2,17 @@
 // YGetContacts: lists or searches a user's contacts.
 
 #include <memory>
+#include <utility>
 
-#include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
-#include "ycontacts/Contacts/Domain/Requests/YGetContactsRequest.h"
-#include "ycontacts/Contacts/Domain/Responses/YGetContactsResponse.h"
-#include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/Contacts/Domain/Usecases/YContactsQueryUsecase.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetContacts : public YUsecase<YGetContactsRequest, YGetContactsResponse> {
+class YGetContacts : public YContactsQueryUsecase {
 public:
-    explicit YGetContacts(std::shared_ptr<YContactsDataManagerContract> dataManager);
-
-    const std::shared_ptr<YContactsDataManagerContract> dataManager;
-
-protected:
-    void run(const YGetContactsRequest& request, Callback callback) override;
+    explicit YGetContacts(std::shared_ptr<YContactsDataManagerContract> dataManager)
+        : YContactsQueryUsecase(std::move(dataManager), "YGetContacts", &YContactsDataManagerContract::getContacts) {}
 };
 
 }  // namespace ycontacts
