@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
 #include <vector>
 
-#include "ycontacts/Platform/MarloComponents/Logger.h"
+#include "Support/LogCapture.h"
 
 namespace ycontacts {
 namespace {
@@ -13,26 +12,6 @@ namespace {
 using Params = std::map<std::string, std::string>;
 const std::string base = "https://cs.example.com";
 const std::string fiveSections = "emails,phones,urls,usage_count,categories";
-
-// Collects the shared logger's lines while alive.
-class LogCapture {
-public:
-    LogCapture() {
-        Logger::shared().setSink([this](const Logger::Record& record) {
-            std::lock_guard lock(mutex_);
-            messages_.push_back(record.message);
-        });
-    }
-    ~LogCapture() { Logger::shared().setSink({}); }
-    std::vector<std::string> messages() const {
-        std::lock_guard lock(mutex_);
-        return messages_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> messages_;
-};
 
 TEST(YContactsURLConstructorTest, DirectHostPicksPathFromTimeAndPopulation) {
     const YContactsURLConstructor urls;
@@ -78,7 +57,7 @@ TEST(YContactsURLConstructorTest, ProxyParametersUseCamelCaseAndExplicitShowDele
 }
 
 TEST(YContactsURLConstructorTest, ProxyOrgRequestWithoutYoidLogsAndGivesNothing) {
-    LogCapture log;
+    testsupport::LogCapture log;
     const YContactsURLConstructor urls;
     EXPECT_FALSE(urls.getContactsURL(YContactsHost::proxy(base), "u1", std::nullopt, true, 1, 10, std::nullopt,
                                      std::nullopt, std::nullopt));

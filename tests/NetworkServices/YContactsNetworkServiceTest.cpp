@@ -3,41 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <map>
-#include <mutex>
 
-#include "Platform/PlatformTestSupport.h"
 #include "Platform/YNetworkManager/NetworkTestServers.h"
+#include "Support/FakeAuthentication.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
 
 namespace ycontacts {
 namespace {
 
-using platformtest::becomesReady;
+using testsupport::becomesReady;
+using testsupport::FakeAuthentication;
 using testing::LocalHTTPServer;
-
-// Answers at once with the configured header and host per user.
-class FakeAuthentication : public YContactsAuthenticationContract {
-public:
-    void getAuthorizationHeader(const std::string& yuid, AuthorizationCallback callback) override {
-        std::optional<std::string> header;
-        {
-            std::lock_guard lock(mutex);
-            if (auto found = headers.find(yuid); found != headers.end()) header = found->second;
-        }
-        callback(header, header ? std::nullopt : std::optional<std::string>("no session"));
-    }
-    std::optional<YContactsHost> getContactsHost(const std::string& yuid) override {
-        std::lock_guard lock(mutex);
-        auto found = hosts.find(yuid);
-        return found == hosts.end() ? std::nullopt : std::optional<YContactsHost>(found->second);
-    }
-
-    std::mutex mutex;
-    std::map<std::string, std::string> headers;
-    std::map<std::string, YContactsHost> hosts;
-};
 
 constexpr const char* pageBody =
     R"({"contacts":[{"contact_id":"1","first_name":"Ann","created_time":500},)"

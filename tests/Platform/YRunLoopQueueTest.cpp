@@ -11,7 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/PlatformTestSupport.h"
+#include "Support/LogCapture.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Platform/MarloComponents/Logger.h"
 #include "ycontacts/Platform/MarloComponents/YRunLoopQueue.h"
 
@@ -19,7 +20,7 @@ namespace ycontacts {
 namespace {
 
 using namespace std::chrono_literals;
-using platformtest::becomesReady;
+using testsupport::becomesReady;
 
 // Holds the queue's thread in a block until release() so that work can be lined up behind it.
 class Hold {
@@ -27,7 +28,7 @@ public:
     explicit Hold(YRunLoopQueue& queue) {
         queue.async([gate = gate_.get_future().share(), entered = entered_] {
             entered->set_value();
-            gate.wait_for(platformtest::waitLimit);
+            gate.wait_for(testsupport::waitLimit);
         });
         EXPECT_TRUE(becomesReady(entered_->get_future()));
     }
@@ -195,12 +196,12 @@ TEST(YRunLoopQueueTest, DestructionFinishesTheRunningBlockDiscardsTheRestAndJoin
     std::atomic<bool> pendingRan{false};
 
     queue->async([&, threadEnded] {
-        platformtest::fulfilWhenThreadEnds(threadEnded);
+        testsupport::fulfilWhenThreadEnds(threadEnded);
         started.set_value();
         // Opens only when the destructor discards the pending block below.
         runningFinished = becomesReady(gateOpened);
     });
-    auto opener = std::make_shared<platformtest::FulfilOnRelease>(std::move(gate));
+    auto opener = std::make_shared<testsupport::FulfilOnRelease>(std::move(gate));
     queue->async([&, opener] { pendingRan = true; });
     opener.reset();
     auto timer = queue->scheduleTimer(1h, true, [] {});
@@ -222,7 +223,7 @@ TEST(YRunLoopQueueTest, QueueReleasedFromItsOwnTimerActionStopsWithoutDeadlock) 
     std::weak_ptr<int> pendingCapture;  // written on the queue's thread before it ends
 
     owner->scheduleTimer(1ms, false, [&, threadEnded] {
-        platformtest::fulfilWhenThreadEnds(threadEnded);
+        testsupport::fulfilWhenThreadEnds(threadEnded);
         auto capture = std::make_shared<int>(1);
         pendingCapture = capture;
         owner->async([&, capture] { pendingRan = true; });
@@ -235,32 +236,19 @@ TEST(YRunLoopQueueTest, QueueReleasedFromItsOwnTimerActionStopsWithoutDeadlock) 
 }
 
 TEST(YRunLoopQueueTest, ThrowingBlockIsLoggedAndTheLoopGoesOn) {
-    std::mutex mutex;
-    std::vector<Logger::Record> errors;
-    Logger::shared().setSink([&](const Logger::Record& record) {
-        std::lock_guard lock(mutex);
-        if (record.level == Logger::Level::error) errors.push_back(record);
-    });
-
+    testsupport::LogCapture errors(Logger::Level::error);
     YRunLoopQueue queue("test.throw");
     std::promise<void> after;
     queue.async([] { throw std::runtime_error("broken block"); });
     queue.scheduleTimer(1ms, false, [] { throw 7; });
     queue.scheduleTimer(5ms, false, [&] { queue.async([&] { after.set_value(); }); });
-    const bool continued = becomesReady(after.get_future());
-    Logger::shared().setSink({});
 
-    EXPECT_TRUE(continued);
-    std::lock_guard lock(mutex);
-    ASSERT_EQ(errors.size(), 2u);
-    const auto logged = [&](const std::string& text) {
-        return std::any_of(errors.begin(), errors.end(), [&](const Logger::Record& record) {
-            return record.message.find(text) != std::string::npos &&
-                   record.message.find("test.throw") != std::string::npos;
-        });
-    };
-    EXPECT_TRUE(logged("broken block"));
-    EXPECT_TRUE(logged("non-standard"));
+    EXPECT_TRUE(becomesReady(after.get_future()));
+    const auto lines = errors.messages();
+    ASSERT_EQ(lines.size(), 2u);
+    for (const auto& line : lines) EXPECT_NE(line.find("test.throw"), std::string::npos) << line;
+    EXPECT_TRUE(errors.contains("broken block"));
+    EXPECT_TRUE(errors.contains("non-standard"));
 }
 
 }  // namespace

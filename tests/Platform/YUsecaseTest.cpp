@@ -9,7 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/PlatformTestSupport.h"
+#include "Support/UsecaseSupport.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Platform/MarloComponents/UsecaseQueue.h"
 #include "ycontacts/Platform/MarloComponents/YRequest.h"
 #include "ycontacts/Platform/MarloComponents/YResponse.h"
@@ -18,7 +19,8 @@
 namespace ycontacts {
 namespace {
 
-using platformtest::becomesReady;
+using testsupport::becomesReady;
+using testsupport::drainUsecaseQueue;
 
 struct EchoRequest : YRequest {
     using YRequest::YRequest;
@@ -41,7 +43,7 @@ public:
 
     bool waitForRequests(std::size_t count) {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, platformtest::waitLimit, [&] { return pending_.size() >= count; });
+        return changed_.wait_for(lock, testsupport::waitLimit, [&] { return pending_.size() >= count; });
     }
 
     std::size_t requestCount() {
@@ -95,34 +97,6 @@ private:
     std::shared_ptr<FakeSource> source_;
     std::shared_ptr<std::atomic<int>> runs_;
 };
-
-// Returns once every task queued on the use-case pool before the call has finished: the pool takes tasks
-// in order, so when all its workers are inside these rendezvous tasks at once, nothing earlier is running.
-bool drainUsecaseQueue() {
-    auto& queue = UsecaseQueue::queue();
-    const auto workers = static_cast<int>(queue.threadCount());
-    struct Rendezvous {
-        std::mutex mutex;
-        std::condition_variable changed;
-        int arrived = 0;
-        int met = 0;
-    };
-    auto rendezvous = std::make_shared<Rendezvous>();
-    for (int worker = 0; worker < workers; ++worker) {
-        queue.async([rendezvous, workers] {
-            std::unique_lock lock(rendezvous->mutex);
-            ++rendezvous->arrived;
-            rendezvous->changed.notify_all();
-            if (rendezvous->changed.wait_for(lock, platformtest::waitLimit,
-                                             [&] { return rendezvous->arrived >= workers; })) {
-                ++rendezvous->met;
-                rendezvous->changed.notify_all();
-            }
-        });
-    }
-    std::unique_lock lock(rendezvous->mutex);
-    return rendezvous->changed.wait_for(lock, platformtest::waitLimit, [&] { return rendezvous->met == workers; });
-}
 
 struct Delivered {
     std::mutex mutex;
@@ -187,31 +161,12 @@ TEST(YUsecaseTest, UsecaseReleasedBeforeItsTaskStartsNeverRuns) {
     auto usecase = std::make_shared<EchoUsecase>(source, runs);
     Delivered delivered;
 
-    // Keep every worker of the pool busy so that the use case's task waits in line.
-    auto& queue = UsecaseQueue::queue();
-    std::promise<void> gate;
-    auto opened = gate.get_future().share();
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::size_t busy = 0;
-    for (std::size_t worker = 0; worker < queue.threadCount(); ++worker) {
-        queue.async([&, opened] {
-            {
-                std::lock_guard lock(mutex);
-                ++busy;
-                changed.notify_all();
-            }
-            opened.wait_for(platformtest::waitLimit);
-        });
-    }
-    {
-        std::unique_lock lock(mutex);
-        ASSERT_TRUE(changed.wait_for(lock, platformtest::waitLimit, [&] { return busy == queue.threadCount(); }));
-    }
-
+    // Every worker of the pool is busy, so the use case's task waits in line.
+    testsupport::QueueHold hold;
+    ASSERT_TRUE(hold.allWorkersHeld());
     usecase->execute(EchoRequest("user-1"), delivered.callback());
     usecase.reset();
-    gate.set_value();
+    hold.open();
     ASSERT_TRUE(drainUsecaseQueue());
 
     EXPECT_EQ(runs->load(), 0);

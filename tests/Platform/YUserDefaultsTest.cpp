@@ -1,19 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "ycontacts/Platform/MarloComponents/Logger.h"
+#include "Support/LogCapture.h"
+#include "Support/TemporaryDirectory.h"
 #include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 
 namespace ycontacts {
@@ -23,20 +20,10 @@ namespace fs = std::filesystem;
 
 class YUserDefaultsTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder_ = fs::temp_directory_path() /
-                  ("ycontacts-defaults-" + std::to_string(::getpid()) + "-" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder_);
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
+    // In a folder that does not exist yet: opening the store must make it.
+    fs::path file() const { return folder.file("nested") / "defaults.sqlite"; }
 
-    fs::path file() const { return folder_ / "nested" / "defaults.sqlite"; }
-
-    fs::path folder_;
+    testsupport::TemporaryDirectory folder;
 };
 
 TEST_F(YUserDefaultsTest, ValuesSurviveClosingAndReopeningTheFile) {
@@ -135,25 +122,15 @@ TEST_F(YUserDefaultsTest, StandardStoreMovesToTheFileTheHostSetsAndBackToMemory)
 }
 
 TEST_F(YUserDefaultsTest, UnopenableFileIsLoggedAndTheStoreKeepsWorkingInMemory) {
-    fs::create_directories(folder_);
-    std::ofstream(folder_ / "nested") << "a file where a folder should be";
-    std::mutex mutex;
-    std::vector<std::string> errors;
-    Logger::shared().setSink([&](const Logger::Record& record) {
-        std::lock_guard lock(mutex);
-        if (record.level == Logger::Level::error) errors.push_back(record.message);
-    });
+    std::ofstream(folder.file("nested")) << "a file where a folder should be";
+    testsupport::LogCapture errors(Logger::Level::error);
 
     YUserDefaults store(file());
     store.setInteger("index", 4, "user-1");
-    const auto index = store.integer("index", "user-1");
-    Logger::shared().setSink({});
 
-    EXPECT_EQ(index, 4);
+    EXPECT_EQ(store.integer("index", "user-1"), 4);
     EXPECT_FALSE(fs::exists(file()));
-    std::lock_guard lock(mutex);
-    EXPECT_TRUE(std::any_of(errors.begin(), errors.end(),
-                            [](const std::string& message) { return message.find("in memory") != std::string::npos; }));
+    EXPECT_TRUE(errors.contains("in memory"));
 }
 
 TEST_F(YUserDefaultsTest, ConcurrentWritersAndReadersEachSeeTheirOwnValues) {

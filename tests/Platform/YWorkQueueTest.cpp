@@ -8,7 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "Platform/PlatformTestSupport.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Platform/MarloComponents/UsecaseQueue.h"
 #include "ycontacts/Platform/MarloComponents/YWorkQueue.h"
 
@@ -16,7 +16,7 @@ namespace ycontacts {
 namespace {
 
 using namespace std::chrono_literals;
-using platformtest::becomesReady;
+using testsupport::becomesReady;
 
 TEST(YWorkQueueTest, RunsAsManyTasksAtOnceAsItHasWorkers) {
     YWorkQueue queue("test.pool", 3);
@@ -39,7 +39,7 @@ TEST(YWorkQueueTest, RunsAsManyTasksAtOnceAsItHasWorkers) {
                 threads.insert(std::this_thread::get_id());
                 allArrived.notify_all();
                 // Only possible when all three run at the same time.
-                if (allArrived.wait_for(lock, platformtest::waitLimit, [&] { return arrived == 3; })) ++metEveryone;
+                if (allArrived.wait_for(lock, testsupport::waitLimit, [&] { return arrived == 3; })) ++metEveryone;
             }
             if (++finished == 3) done.set_value();
         });
@@ -62,12 +62,12 @@ TEST(YWorkQueueTest, DestructionFinishesRunningTasksDiscardsPendingOnesAndJoins)
     std::atomic<bool> pendingRan{false};
 
     queue->async([&, threadEnded] {
-        platformtest::fulfilWhenThreadEnds(threadEnded);
+        testsupport::fulfilWhenThreadEnds(threadEnded);
         started.set_value();
         // Opens only when the destructor discards the pending task below.
         runningFinished = becomesReady(gateOpened);
     });
-    auto opener = std::make_shared<platformtest::FulfilOnRelease>(std::move(gate));
+    auto opener = std::make_shared<testsupport::FulfilOnRelease>(std::move(gate));
     queue->async([&, opener] { pendingRan = true; });
     opener.reset();
     ASSERT_TRUE(becomesReady(started.get_future()));
@@ -84,7 +84,7 @@ TEST(YWorkQueueTest, QueueReleasedFromOneOfItsOwnTasksStopsWithoutDeadlock) {
     auto threadEnded = std::make_shared<std::promise<void>>();
     auto ended = threadEnded->get_future();
     owner->async([&, threadEnded] {
-        platformtest::fulfilWhenThreadEnds(threadEnded);
+        testsupport::fulfilWhenThreadEnds(threadEnded);
         owner.reset();
     });
     EXPECT_TRUE(becomesReady(ended)) << "the releasing worker kept running";

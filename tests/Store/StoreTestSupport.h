@@ -4,11 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
-#include <unistd.h>
+#include <vector>
 
+#include "Support/TemporaryDirectory.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
@@ -19,20 +20,14 @@ class StoreTest : public ::testing::Test {
 protected:
     void SetUp() override {
         static std::atomic<int> counter{0};
-        const int number = counter++;
-        identifier_ = "StoreTest-" + std::to_string(number);
-        directory_ = std::filesystem::temp_directory_path() /
-                     ("ycontacts-store-" + std::to_string(::getpid()) + "-" + std::to_string(number));
-        std::filesystem::create_directories(directory_);
-        store = std::make_shared<YContactsDatabaseService>(identifier_, directory_ / "contacts.sqlite");
+        identifier_ = "StoreTest-" + std::to_string(counter++);
+        store = std::make_shared<YContactsDatabaseService>(identifier_, directory_.file("contacts.sqlite"));
         ASSERT_TRUE(YContactsDatabaseSchema::createTables(identifier_));
     }
 
     void TearDown() override {
         store.reset();
         YSqliteHelper::getShared().unregisterDB(identifier_);
-        std::error_code ignored;
-        std::filesystem::remove_all(directory_, ignored);
     }
 
     // Rows of `table` matching `where`, across all users.
@@ -49,8 +44,8 @@ protected:
     std::shared_ptr<YContactsDatabaseService> store;
 
 private:
+    testsupport::TemporaryDirectory directory_;
     std::string identifier_;
-    std::filesystem::path directory_;
 };
 
 inline YContact contact(const std::string& id, const std::string& firstName, int weightage = 0,

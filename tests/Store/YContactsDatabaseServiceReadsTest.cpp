@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Store/StoreTestSupport.h"
-#include "ycontacts/Platform/MarloComponents/Logger.h"
+#include "Support/LogCapture.h"
 
 namespace ycontacts::storetest {
 namespace {
@@ -141,19 +141,16 @@ TEST_F(StoreReadsTest, CategoryMembersAndCategoryNamesAreReadPerUser) {
 }
 
 TEST(StoreWithoutTablesTest, FailingReadsAreAbsentAndLoggedAndWritesAreDropped) {
-    std::vector<std::string> lines;
-    Logger::shared().setSink([&](const Logger::Record& record) { lines.push_back(record.message); });
     YContactsDatabaseService store("StoreWithoutTables-unregistered-path",
                                    std::filesystem::path("/nonexistent-dir/for/sure/contacts.sqlite"));
-    lines.clear();
+    testsupport::LogCapture log;
     store.save("u1", {contact("a", "A")});
     EXPECT_FALSE(store.getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt).has_value());
     EXPECT_FALSE(store.getContactByContactId("u1", "a").has_value());
     EXPECT_FALSE(store.getContactCount("u1").has_value());
     EXPECT_FALSE(store.getSuggestionContacts("u1", std::nullopt, "a", 5).has_value());
     EXPECT_FALSE(store.getCategories("u1").has_value());
-    Logger::shared().setSink(nullptr);
-    EXPECT_FALSE(lines.empty());
+    EXPECT_FALSE(log.messages().empty());
 }
 
 }  // namespace

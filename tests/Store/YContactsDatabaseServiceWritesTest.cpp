@@ -189,15 +189,12 @@ TEST_F(StoreWritesTest, UsageCountsSetTheWeightOfEachListedContact) {
 }
 
 TEST(StoreSharedInstanceTest, LaterCallsReturnTheFirstStoreWhateverTheirArguments) {
-    const auto directory = std::filesystem::temp_directory_path() / ("ycontacts-shared-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(directory);
-    const auto first = YContactsDatabaseService::getSharedInstance("SharedStoreTest", directory / "a.sqlite");
-    const auto second = YContactsDatabaseService::getSharedInstance("Elsewhere", directory / "b.sqlite");
+    testsupport::TemporaryDirectory directory;
+    const auto first = YContactsDatabaseService::getSharedInstance("SharedStoreTest", directory.file("a.sqlite"));
+    const auto second = YContactsDatabaseService::getSharedInstance("Elsewhere", directory.file("b.sqlite"));
     EXPECT_EQ(first.get(), second.get());
     EXPECT_EQ(second->identifier, "SharedStoreTest");
     YSqliteHelper::getShared().unregisterDB("SharedStoreTest");
-    std::error_code ignored;
-    std::filesystem::remove_all(directory, ignored);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -14,6 +12,7 @@
 #include <vector>
 
 #include "Platform/YNetworkManager/NetworkTestServers.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Platform/YNetworkManager/YNetworkManager.h"
 
 namespace ycontacts {
@@ -23,6 +22,8 @@ using namespace std::chrono_literals;
 using testing::LocalHTTPServer;
 using testing::ScriptedReplyServer;
 using testing::SilentListener;
+using testsupport::processThreadCount;
+using testsupport::threadCountFallsTo;
 
 constexpr auto kWait = 10s;
 
@@ -58,28 +59,6 @@ private:
     std::future<Outcome> future_ = promise_->get_future();
     std::shared_ptr<std::atomic<int>> calls_ = std::make_shared<std::atomic<int>>(0);
 };
-
-// Threads of this process as the kernel lists them.
-std::size_t threadCount() {
-    std::size_t count = 0;
-    if (DIR* tasks = ::opendir("/proc/self/task")) {
-        while (const dirent* entry = ::readdir(tasks)) {
-            if (entry->d_name[0] != '.') ++count;
-        }
-        ::closedir(tasks);
-    }
-    return count;
-}
-
-// A joined thread can stay listed for a moment after pthread_join returns, while the kernel reaps it.
-bool threadCountFallsTo(std::size_t expected) {
-    const auto deadline = std::chrono::steady_clock::now() + kWait;
-    while (threadCount() > expected) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::yield();
-    }
-    return true;
-}
 
 void echoRoutes(httplib::Server& server, LocalHTTPServer& self) {
     const auto echo = [&self](const httplib::Request& request, httplib::Response& response) {
@@ -470,13 +449,13 @@ TEST_F(YNetworkManagerTest, DestroyingTheManagerCancelsTransfersAndJoinsItsThrea
     Probe warmUp;
     get(*manager, server.url("/echo"), warmUp);
     ASSERT_TRUE(warmUp.await());
-    const std::size_t threadsBefore = threadCount();
+    const std::size_t threadsBefore = processThreadCount();
     auto owned = makeManager({.connectTimeout = 10000ms, .transferTimeout = 60000ms, .completionThreads = 3});
     // Six transfers run and two wait for a free slot; all of them end with the manager.
     std::vector<Probe> probes(8);
     for (std::size_t i = 0; i < probes.size(); ++i) get(*owned, server.url("/hold/" + std::to_string(i)), probes[i]);
     ASSERT_TRUE(server.waitForRequests(1 + 6, kWait));
-    EXPECT_GT(threadCount(), threadsBefore);
+    EXPECT_GT(processThreadCount(), threadsBefore);
 
     owned.reset();
 
@@ -486,7 +465,8 @@ TEST_F(YNetworkManagerTest, DestroyingTheManagerCancelsTransfersAndJoinsItsThrea
         ASSERT_TRUE(outcome && outcome->error);
         EXPECT_EQ(outcome->error->code, YNetworkError::cancelled);
     }
-    EXPECT_TRUE(threadCountFallsTo(threadsBefore)) << threadCount() << " threads, " << threadsBefore << " before";
+    EXPECT_TRUE(threadCountFallsTo(threadsBefore))
+        << processThreadCount() << " threads, " << threadsBefore << " before";
 }
 
 TEST_F(YNetworkManagerTest, ReleasingTheLastReferenceInsideACompletionDoesNotDeadlock) {

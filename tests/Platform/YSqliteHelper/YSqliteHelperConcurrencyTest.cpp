@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "Platform/YSqliteHelper/YSqliteTestSupport.h"
+#include "Support/LogCapture.h"
+#include "Support/TemporaryDirectory.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
 namespace ycontacts {
@@ -35,8 +36,8 @@ std::string integrityCheck(const std::string& path) {
 // busy timeout are involved too), readers checking that every batch is seen whole or not at all, and one
 // thread re-registering an identifier while calls on it are running.
 TEST(YSqliteHelperConcurrencyTest, ManyThreadsSaveAndSelectAtOnceWithoutLosingOrTearingBatches) {
-    sqlitetest::TemporaryDirectory directory;
-    sqlitetest::ErrorLogCapture log;
+    testsupport::TemporaryDirectory directory;
+    testsupport::LogCapture log(Logger::Level::error);
     const std::string path = directory.file("shared.db");
     YSqliteHelper helper;
     const YSqliteConfiguration configuration(YSqliteConnectionMode::readWrite, path);

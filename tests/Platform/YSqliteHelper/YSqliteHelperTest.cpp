@@ -7,15 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "Platform/YSqliteHelper/YSqliteTestSupport.h"
+#include "Support/LogCapture.h"
+#include "Support/TemporaryDirectory.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
 namespace ycontacts {
 namespace {
 
 using namespace std::string_literals;
-using sqlitetest::ErrorLogCapture;
-using sqlitetest::TemporaryDirectory;
+using testsupport::LogCapture;
+using testsupport::TemporaryDirectory;
 
 class YSqliteHelperTest : public ::testing::Test {
 protected:
@@ -47,7 +48,7 @@ protected:
     }
 
     TemporaryDirectory directory;
-    ErrorLogCapture log;
+    LogCapture log{Logger::Level::error};
     YSqliteHelper helper;
     const std::string db = "test";
 };
