@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "DataManager/QueriesFakes.h"
+#include "DataManager/QueriesTestSupport.h"
 
 namespace ycontacts::querytest {
 namespace {

@@ -3,25 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "DataManager/QueriesFakes.h"
+#include "DataManager/QueriesTestSupport.h"
 
 namespace ycontacts::querytest {
 namespace {
 
 using ::testing::_;
-using ::testing::NiceMock;
 using ::testing::Return;
 
-class QueriesListTest : public ::testing::Test {
+class QueriesListTest : public QueriesTest {
 protected:
-    std::shared_ptr<YContactsQueries> make(bool withDatabase = true, bool withNetwork = true) {
-        return std::make_shared<YContactsQueries>(withDatabase ? database : nullptr, withNetwork ? network : nullptr,
-                                                  [this] { ++timerRestarts; }, 1000);
-    }
-
-    std::shared_ptr<NiceMock<MockDatabase>> database = std::make_shared<NiceMock<MockDatabase>>();
-    std::shared_ptr<NiceMock<MockNetwork>> network = std::make_shared<NiceMock<MockNetwork>>();
-    int timerRestarts = 0;
     ContactsAnswers got;
 };
 
@@ -47,18 +38,18 @@ TEST_P(QueriesRoutingTest, AnswersInTheOrderTheRequestTypeAsks) {
     std::vector<std::string> log;
     network->onSearch = [&] { log.push_back("server asked"); };
 
-    auto queries = make();
+    auto queries = makeQueries();
     auto run = operation == ListOperation::contacts ? &YContactsQueries::getContacts
                                                     : &YContactsQueries::getContactsList;
     ((*queries).*run)("u", std::nullopt, "ann", std::nullopt, std::nullopt, false, row.requestType,
                       got.callback(&log, "answer"));
 
     EXPECT_EQ(got.answers, row.before);
-    ASSERT_EQ(network->held.size(), row.serverAsked ? 1U : 0U);
+    ASSERT_EQ(network->searches().size(), row.serverAsked ? 1U : 0U);
     if (!row.serverAsked) return;
     // Whatever the store said, it was said before the server was asked.
     EXPECT_EQ(log.back(), "server asked");
-    network->answer(0, std::vector<YContact>{contact("9", "Anna")});
+    network->answerSearch(0, std::vector<YContact>{contact("9", "Anna")});
     EXPECT_EQ(got.answers, row.after);
 }
 
@@ -86,12 +77,12 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST_F(QueriesListTest, PreferLocalWithoutDatabaseAnswersNoneThenTheServer) {
-    auto queries = make(/*withDatabase=*/false);
+    auto queries = makeQueries(1000, /*withDatabase=*/false);
     queries->getContacts("u", std::nullopt, "ann", std::nullopt, std::nullopt, true, RequestType::preferLocal,
                          got.callback());
-    ASSERT_EQ(network->held.size(), 1U);
-    EXPECT_TRUE(network->held[0].isOrg);
-    network->answer(0, std::vector<YContact>{contact("9", "Anna")});
+    ASSERT_EQ(network->searches().size(), 1U);
+    EXPECT_TRUE(network->searches()[0].isOrg);
+    network->answerSearch(0, std::vector<YContact>{contact("9", "Anna")});
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>{std::nullopt, some({"9"})}));
 }
 
@@ -102,7 +93,7 @@ TEST_F(QueriesListTest, LocalStepPassesTheCallersValuesAndTheListSearchAsksForAT
     EXPECT_CALL(*database, getContactsList("u", _, std::optional<std::string>("an"), _, std::optional<int>(30)));
     EXPECT_CALL(*database,
                 getContactsList("u", _, std::optional<std::string>(), _, std::optional<int>(std::nullopt)));
-    auto queries = make();
+    auto queries = makeQueries();
     queries->getContacts("u", std::nullopt, "an", 5, 7, true, RequestType::local, got.callback());
     queries->getContactsList("u", std::nullopt, "an", std::nullopt, std::nullopt, std::nullopt, RequestType::local,
                              got.callback());
@@ -114,21 +105,21 @@ TEST_F(QueriesListTest, LocalStepPassesTheCallersValuesAndTheListSearchAsksForAT
 }
 
 TEST_F(QueriesListTest, PlainServerListingSendsNoTextAndTheCallersLimit) {
-    auto queries = make();
+    auto queries = makeQueries();
     queries->getContacts("u", "org", std::nullopt, std::nullopt, 25, std::nullopt, RequestType::server,
                          got.callback());
-    ASSERT_EQ(network->held.size(), 1U);
-    EXPECT_EQ(network->held[0].searchText, std::nullopt);
-    EXPECT_EQ(network->held[0].limit, 25);
-    EXPECT_EQ(network->held[0].yoid, "org");
-    EXPECT_FALSE(network->held[0].isOrg);
-    network->answer(0, std::vector<YContact>{contact("1", "Ann"), contact("2", "Bob")});
+    ASSERT_EQ(network->searches().size(), 1U);
+    EXPECT_EQ(network->searches()[0].searchText, std::nullopt);
+    EXPECT_EQ(network->searches()[0].limit, 25);
+    EXPECT_EQ(network->searches()[0].yoid, "org");
+    EXPECT_FALSE(network->searches()[0].isOrg);
+    network->answerSearch(0, std::vector<YContact>{contact("1", "Ann"), contact("2", "Bob")});
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>{some({"1", "2"})}));
     EXPECT_EQ(timerRestarts, 1);
 }
 
 TEST_F(QueriesListTest, WithoutCollaboratorsEveryQueryAnswersNoneAtMostOnce) {
-    auto queries = make(false, false);
+    auto queries = makeQueries(1000, false, false);
     for (RequestType type : {RequestType::local, RequestType::both, RequestType::preferLocal}) {
         queries->getContacts("u", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, type, got.callback());
     }
@@ -152,7 +143,7 @@ TEST_F(QueriesListTest, WithoutCollaboratorsEveryQueryAnswersNoneAtMostOnce) {
 
 TEST_F(QueriesListTest, ContactsFromIdsIsSilentWithoutAddressesAndReadsTheStoreByAddress) {
     EXPECT_CALL(*database, getContactsFromEmailIds(_, _, _)).Times(0);
-    auto queries = make();
+    auto queries = makeQueries();
     queries->getContactsFromIds("u", Ids{"1"}, std::nullopt, Ids{"y"}, false, RequestType::server, got.callback());
     EXPECT_TRUE(got.answers.empty());
     ::testing::Mock::VerifyAndClearExpectations(database.get());
@@ -162,11 +153,11 @@ TEST_F(QueriesListTest, ContactsFromIdsIsSilentWithoutAddressesAndReadsTheStoreB
     queries->getContactsFromIds("u", Ids{"7"}, Ids{"a@x", "b@x"}, std::nullopt, true, RequestType::server,
                                 got.callback());
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>{some({"1"})}));
-    EXPECT_TRUE(network->held.empty());
+    EXPECT_TRUE(network->searches().empty());
 }
 
 TEST_F(QueriesListTest, GetContactLooksUpOnceByIdThenYuidThenAddress) {
-    auto queries = make();
+    auto queries = makeQueries();
     std::vector<std::optional<std::string>> found;
     auto record = [&](std::optional<YContact> c) { found.push_back(c ? std::optional(c->contactId) : std::nullopt); };
 
@@ -185,7 +176,7 @@ TEST_F(QueriesListTest, GetContactLooksUpOnceByIdThenYuidThenAddress) {
 
 TEST_F(QueriesListTest, ContactCountComesFromTheStore) {
     EXPECT_CALL(*database, getContactCount("u")).WillOnce(Return(YContactsDatabaseContract::ContactCount{3, 4}));
-    EXPECT_EQ(make()->getContactCount("u"), (YContactsQueries::ContactCount{3, 4}));
+    EXPECT_EQ(makeQueries()->getContactCount("u"), (YContactsQueries::ContactCount{3, 4}));
 }
 
 }  // namespace

@@ -3,14 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "DataManager/QueriesFakes.h"
+#include "DataManager/QueriesTestSupport.h"
 
 namespace ycontacts::querytest {
 namespace {
 
-using ::testing::NiceMock;
 
-class QueriesServerSearchTest : public ::testing::Test {
+class QueriesServerSearchTest : public QueriesTest {
 protected:
     void search(const std::string& keyword, ContactsAnswers& answers, std::optional<int> limit = std::nullopt,
                 std::optional<bool> isOrg = false, const std::string& yuid = "u") {
@@ -18,11 +17,7 @@ protected:
                              answers.callback());
     }
 
-    std::shared_ptr<NiceMock<MockDatabase>> database = std::make_shared<NiceMock<MockDatabase>>();
-    std::shared_ptr<NiceMock<MockNetwork>> network = std::make_shared<NiceMock<MockNetwork>>();
-    int timerRestarts = 0;
-    std::shared_ptr<YContactsQueries> queries =
-        std::make_shared<YContactsQueries>(database, network, [this] { ++timerRestarts; }, 250);
+    std::shared_ptr<YContactsQueries> queries = makeQueries(250);
     const std::vector<YContact> letterA{contact("1", "Ann", "Lee"), contact("2", "Abe", "Zed"),
                                         contact("3", "Carl", "Abbot"), contact("4", "Ava")};
 };
@@ -30,11 +25,11 @@ protected:
 TEST_F(QueriesServerSearchTest, AsksForTheBatchLimitAndCutsTheAnswerToTheCallersLimit) {
     ContactsAnswers got;
     search("ann", got, 2, true);
-    ASSERT_EQ(network->held.size(), 1U);
-    EXPECT_EQ(network->held[0].limit, 250);
-    EXPECT_EQ(network->held[0].searchText, "ann");
-    EXPECT_TRUE(network->held[0].isOrg);
-    network->answer(0, letterA);
+    ASSERT_EQ(network->searches().size(), 1U);
+    EXPECT_EQ(network->searches()[0].limit, 250);
+    EXPECT_EQ(network->searches()[0].searchText, "ann");
+    EXPECT_TRUE(network->searches()[0].isOrg);
+    network->answerSearch(0, letterA);
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>{some({"1", "2"})}));
     EXPECT_EQ(timerRestarts, 1);
 }
@@ -42,7 +37,7 @@ TEST_F(QueriesServerSearchTest, AsksForTheBatchLimitAndCutsTheAnswerToTheCallers
 TEST_F(QueriesServerSearchTest, FirstLetterThenLongerThenNewLetter) {
     ContactsAnswers a, ab, b;
     search("a", a);
-    network->answer(0, letterA);
+    network->answerSearch(0, letterA);
     EXPECT_EQ(a.answers, (std::vector<std::optional<Ids>>{some({"1", "2", "3", "4"})}));
     EXPECT_EQ(queries->inMemoryState().currentNetworkCache.at("u").size(), 4U);
 
@@ -50,9 +45,9 @@ TEST_F(QueriesServerSearchTest, FirstLetterThenLongerThenNewLetter) {
     // then asks the server all the same.
     search("ab", ab);
     EXPECT_EQ(ab.answers, (std::vector<std::optional<Ids>>{some({"3", "2"})}));
-    ASSERT_EQ(network->held.size(), 2U);
-    EXPECT_EQ(network->held[1].searchText, "ab");
-    network->answer(1, std::vector<YContact>{contact("2", "Abe")});
+    ASSERT_EQ(network->searches().size(), 2U);
+    EXPECT_EQ(network->searches()[1].searchText, "ab");
+    network->answerSearch(1, std::vector<YContact>{contact("2", "Abe")});
     EXPECT_EQ(ab.answers, (std::vector<std::optional<Ids>>{some({"3", "2"}), some({"2"})}));
     // A longer keyword's reply does not replace the first letter's cache.
     EXPECT_EQ(queries->inMemoryState().currentNetworkCache.at("u").size(), 4U);
@@ -62,8 +57,8 @@ TEST_F(QueriesServerSearchTest, FirstLetterThenLongerThenNewLetter) {
     EXPECT_EQ(state.currentNetworkKeywordStart.at("u"), "b");
     EXPECT_EQ(state.currentNetworkCache.count("u"), 0U);
     EXPECT_TRUE(b.answers.empty());
-    ASSERT_EQ(network->held.size(), 3U);
-    network->answer(2, std::vector<YContact>{contact("5", "Bob")});
+    ASSERT_EQ(network->searches().size(), 3U);
+    network->answerSearch(2, std::vector<YContact>{contact("5", "Bob")});
     EXPECT_EQ(b.answers, (std::vector<std::optional<Ids>>{some({"5"})}));
 }
 
@@ -71,16 +66,16 @@ TEST_F(QueriesServerSearchTest, RepliesToSupersededSearchesAreNotDelivered) {
     ContactsAnswers first, second, third;
     search("ab", first);
     search("abc", second);
-    network->answer(1, std::vector<YContact>{contact("3", "Abc")});
-    network->answer(0, std::vector<YContact>{contact("2", "Ab")});
+    network->answerSearch(1, std::vector<YContact>{contact("3", "Abc")});
+    network->answerSearch(0, std::vector<YContact>{contact("2", "Ab")});
     EXPECT_TRUE(first.answers.empty());
     EXPECT_EQ(second.answers, (std::vector<std::optional<Ids>>{some({"3"})}));
 
     // The same keyword again: only the newest request's reply reaches the newest callback.
     search("abc", third);
-    network->answer(1, std::vector<YContact>{contact("3", "Abc")});
+    network->answerSearch(1, std::vector<YContact>{contact("3", "Abc")});
     EXPECT_EQ(third.answers.size(), 0U);
-    network->answer(2, std::nullopt);
+    network->answerSearch(2, std::nullopt);
     EXPECT_EQ(third.answers, (std::vector<std::optional<Ids>>{std::nullopt}));
 }
 
@@ -88,8 +83,8 @@ TEST_F(QueriesServerSearchTest, UsersDoNotSupersedeEachOther) {
     ContactsAnswers mine, theirs;
     search("ann", mine, std::nullopt, false, "u1");
     search("bob", theirs, std::nullopt, false, "u2");
-    network->answer(0, std::vector<YContact>{contact("1", "Ann")});
-    network->answer(1, std::vector<YContact>{contact("2", "Bob")});
+    network->answerSearch(0, std::vector<YContact>{contact("1", "Ann")});
+    network->answerSearch(1, std::vector<YContact>{contact("2", "Bob")});
     EXPECT_EQ(mine.answers, (std::vector<std::optional<Ids>>{some({"1"})}));
     EXPECT_EQ(theirs.answers, (std::vector<std::optional<Ids>>{some({"2"})}));
 }
@@ -99,7 +94,7 @@ TEST_F(QueriesServerSearchTest, ALateFirstLetterReplyStillFillsTheCache) {
     search("a", a);
     search("ab", ab);
     EXPECT_TRUE(ab.answers.empty());
-    network->answer(0, letterA);
+    network->answerSearch(0, letterA);
     EXPECT_TRUE(a.answers.empty());
 
     search("abe", abe);
@@ -109,7 +104,7 @@ TEST_F(QueriesServerSearchTest, ALateFirstLetterReplyStillFillsTheCache) {
 TEST_F(QueriesServerSearchTest, TheCacheServesOnlyThePopulationItWasFilledFor) {
     ContactsAnswers a, orgA, orgAb;
     search("a", a, std::nullopt, false);
-    network->answer(0, letterA);
+    network->answerSearch(0, letterA);
     search("ab", orgAb, std::nullopt, true);
     EXPECT_TRUE(orgAb.answers.empty());
     // The same letter for the other population starts a fresh cache.
@@ -123,7 +118,7 @@ TEST_F(QueriesServerSearchTest, DestroyInMemoryEmptiesTheMapsAndDropsPendingRepl
     queries->getSuggestionContacts("u", std::nullopt, "an", 20, false, RequestType::both, [](auto, auto) {});
     ContactsAnswers a, ab;
     search("a", a);
-    network->answer(1, letterA);
+    network->answerSearch(1, letterA);
     search("ab", ab);
 
     auto state = queries->inMemoryState();
@@ -142,7 +137,7 @@ TEST_F(QueriesServerSearchTest, DestroyInMemoryEmptiesTheMapsAndDropsPendingRepl
     EXPECT_EQ(state.currentSearchKeywordStart, "an");
 
     const std::size_t before = ab.answers.size();
-    network->answer(2, letterA);
+    network->answerSearch(2, letterA);
     EXPECT_EQ(ab.answers.size(), before);
 }
 
@@ -150,7 +145,7 @@ TEST_F(QueriesServerSearchTest, AReplyAfterTheQueriesAreGoneIsDropped) {
     ContactsAnswers got;
     search("ann", got);
     queries.reset();
-    network->answer(0, letterA);
+    network->answerSearch(0, letterA);
     EXPECT_TRUE(got.answers.empty());
 }
 

@@ -3,13 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "DataManager/QueriesFakes.h"
+#include "DataManager/QueriesTestSupport.h"
 
 namespace ycontacts::querytest {
 namespace {
 
 using ::testing::_;
-using ::testing::NiceMock;
 using ::testing::Return;
 
 struct SuggestionAnswer {
@@ -18,7 +17,7 @@ struct SuggestionAnswer {
     bool operator==(const SuggestionAnswer&) const = default;
 };
 
-class SuggestionsTest : public ::testing::Test {
+class SuggestionsTest : public QueriesTest {
 protected:
     YContactsQueries::SuggestionsCallback record() {
         return [this](std::string searchStr, std::optional<std::vector<YSuggestionContact>> suggestions) {
@@ -36,11 +35,7 @@ protected:
         queries->getSuggestionContacts(yuid, std::nullopt, text, limit, isOrg, type, record());
     }
 
-    std::shared_ptr<NiceMock<MockDatabase>> database = std::make_shared<NiceMock<MockDatabase>>();
-    std::shared_ptr<NiceMock<MockNetwork>> network = std::make_shared<NiceMock<MockNetwork>>();
-    int timerRestarts = 0;
-    std::shared_ptr<YContactsQueries> queries =
-        std::make_shared<YContactsQueries>(database, network, [this] { ++timerRestarts; }, 1000);
+    std::shared_ptr<YContactsQueries> queries = makeQueries();
     std::vector<SuggestionAnswer> answers;
     std::vector<YSuggestionContact> last;
     const std::vector<YSuggestionContact> anRows{YSuggestionContact("1", "ann@x", "Ann", false),
@@ -94,10 +89,10 @@ TEST_F(SuggestionsTest, ServerContactsBecomeOneSuggestionPerAddress) {
     sameAddress.emails = {YContact::Email("ann@home"), YContact::Email("o@x"), YContact::Email("p@x")};
 
     suggest("an", 3, std::nullopt, RequestType::server);
-    ASSERT_EQ(network->held.size(), 1U);
-    EXPECT_EQ(network->held[0].limit, 3);
-    EXPECT_FALSE(network->held[0].isOrg);
-    network->answer(0, std::vector<YContact>{ann, noMail, sameAddress});
+    ASSERT_EQ(network->searches().size(), 1U);
+    EXPECT_EQ(network->searches()[0].limit, 3);
+    EXPECT_FALSE(network->searches()[0].isOrg);
+    network->answerSearch(0, std::vector<YContact>{ann, noMail, sameAddress});
     EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"an", Ids{"ann@x", "ann@home", "o@x"}}}));
     const YSuggestionContact& first = last[0];
     EXPECT_EQ(first.contactId, "1");
@@ -113,8 +108,8 @@ TEST_F(SuggestionsTest, ServerContactsBecomeOneSuggestionPerAddress) {
 TEST_F(SuggestionsTest, OnlyTheNewestServerSuggestionIsAnswered) {
     suggest("a", 20, false, RequestType::server);
     suggest("ab", 20, false, RequestType::server);
-    network->answer(1, std::nullopt);
-    network->answer(0, std::vector<YContact>{});
+    network->answerSearch(1, std::nullopt);
+    network->answerSearch(0, std::vector<YContact>{});
     EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"ab", std::nullopt}}));
     EXPECT_EQ(timerRestarts, 2);
 }
@@ -122,16 +117,16 @@ TEST_F(SuggestionsTest, OnlyTheNewestServerSuggestionIsAnswered) {
 TEST_F(SuggestionsTest, RoutesLikeTheListQueries) {
     ON_CALL(*database, getSuggestionContacts(_, _, _, _)).WillByDefault(Return(std::nullopt));
     suggest("a", 20, false, RequestType::preferLocal);
-    ASSERT_EQ(network->held.size(), 1U);
-    network->answer(0, std::vector<YContact>{});
+    ASSERT_EQ(network->searches().size(), 1U);
+    network->answerSearch(0, std::vector<YContact>{});
     EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"a", std::nullopt}, {"a", Ids{}}}));
 
     answers.clear();
     EXPECT_CALL(*database, getSuggestionContacts(_, _, "b", _)).WillOnce(Return(std::vector<YSuggestionContact>{}));
     suggest("b", 20, false, RequestType::preferLocal);
-    EXPECT_EQ(network->held.size(), 1U);
+    EXPECT_EQ(network->searches().size(), 1U);
     suggest("b", 20, false, RequestType::both);
-    ASSERT_EQ(network->held.size(), 2U);
+    ASSERT_EQ(network->searches().size(), 2U);
     EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"b", Ids{}}, {"b", Ids{}}}));
 }
 

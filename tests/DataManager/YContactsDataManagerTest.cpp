@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <regex>
 #include <set>
 
@@ -250,20 +249,13 @@ TEST_F(DataManagerTest, DestroyInMemoryEmptiesTheSearchMapsButKeepsTheCurrentCac
                                    [](auto&&, auto&&) {});
     manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
                          [](auto&&) {});
-    auto state = manager->queries()->inMemoryState();
-    ASSERT_EQ(state.currentNetworkKeyword.count("u1"), 1u);
-    ASSERT_TRUE(state.currentCache);
+    ASSERT_EQ(manager->queries()->inMemoryState().currentNetworkKeyword.count("u1"), 1u);
 
+    // Which maps are emptied is pinned by the query tests; here, that the data manager reaches its queries.
     manager->destroyInMemory();
-    state = manager->queries()->inMemoryState();
-    EXPECT_TRUE(state.networkMostUsedContacts.empty());
-    EXPECT_TRUE(state.currentNetworkCache.empty());
-    EXPECT_TRUE(state.currentNetworkKeywordStart.empty());
+    const auto state = manager->queries()->inMemoryState();
     EXPECT_TRUE(state.currentNetworkKeyword.empty());
-    EXPECT_TRUE(state.currentSuggestionsNetworkCallback.empty());
-    EXPECT_TRUE(state.currentContactsNetworkCallback.empty());
     ASSERT_TRUE(state.currentCache);
-    EXPECT_EQ(state.currentCache->size(), 1u);
     EXPECT_EQ(state.currentSearchKeyword, "an");
 }
 
@@ -279,10 +271,7 @@ TEST_F(DataManagerTest, PhotoRequestsAreAnsweredOnceWithoutAPhoto) {
                                  EXPECT_EQ(contactId, "c7");
                              });
     EXPECT_EQ(answers, 1);
-    const auto messages = log.messages();
-    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string& message) {
-        return message.find("not available in this build") != std::string::npos;
-    }));
+    EXPECT_TRUE(log.contains("not available in this build"));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace ycontacts::dmtest {
 namespace {
 
-using platformtest::becomesReady;
+using testsupport::becomesReady;
 
 // Counts the firings of one timer action and where they ran.
 class FireLog {
@@ -16,7 +16,7 @@ public:
 
     void record(bool onQueue) {
         std::lock_guard lock(mutex_);
-        if (threadEnd_) platformtest::fulfilWhenThreadEnds(std::move(threadEnd_));
+        if (threadEnd_) testsupport::fulfilWhenThreadEnds(std::move(threadEnd_));
         ++count_;
         allOnQueue_ = allOnQueue_ && onQueue;
         threads_.insert(std::this_thread::get_id());
@@ -118,7 +118,7 @@ TEST(YContactsDataManagerTimerTest, TheDestroyTimerFiresOnceOnTheQueueAfterEachR
 
 TEST(YContactsDataManagerTimerTest, AServerSearchStartsTheDestroyTimer) {
     const auto destroyFires = std::make_shared<FireLog>();
-    const auto network = std::make_shared<NiceMock<MockNetwork>>();
+    const auto network = std::make_shared<NiceMock<FakeContactsNetworkService>>();
     auto manager = std::make_shared<TimedDataManager>(YContactsDataManager::Intervals{3600.0, 0.005},
                                                       std::make_shared<FireLog>(), destroyFires, network);
     manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,

@@ -8,109 +8,34 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "Usecases/UsecaseTestSupport.h"
+#include "Support/FakeAuthentication.h"
+#include "Support/FakeContactsDatabaseService.h"
+#include "Support/FakeContactsFileService.h"
+#include "Support/FakeContactsNetworkService.h"
+#include "Support/FakeContactsPreferenceService.h"
+#include "Support/FakeDataManagers.h"
+#include "Support/LogCapture.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/UsecaseSupport.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Contacts/YContactService.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
 namespace ycontacts {
 namespace {
 
-using namespace usecasetest;
+using namespace testsupport;
 using ::testing::_;
 using ::testing::Eq;
+using ::testing::InvokeArgument;
 using ::testing::NiceMock;
 using ::testing::Optional;
 using ::testing::StrictMock;
 namespace fs = std::filesystem;
-
-class StubDatabase : public YContactsDatabaseContract {
-public:
-    MOCK_METHOD(void, save, (const std::string&, const std::vector<YContact>&), (override));
-    MOCK_METHOD(std::optional<ContactCount>, getContactCount, (const std::string&), (override));
-    MOCK_METHOD(void, updateContacts, (const std::string&, const std::vector<YContact>&), (override));
-    MOCK_METHOD(void, deleteContacts, (const std::string&, const std::vector<std::string>&), (override));
-    MOCK_METHOD(void, updateContactId, (const std::string&, const std::string&, const std::string&), (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts,
-                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
-                 std::optional<int>),
-                (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsList,
-                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
-                 std::optional<int>),
-                (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsFromEmailIds,
-                (const std::string&, const std::vector<std::string>&, std::optional<bool>), (override));
-    MOCK_METHOD(std::optional<YContact>, getContactByEmailId, (const std::string&, const std::string&, bool),
-                (override));
-    MOCK_METHOD(std::optional<YContact>, getContactByContactYuid, (const std::string&, const std::string&),
-                (override));
-    MOCK_METHOD(std::optional<YContact>, getContactByContactId, (const std::string&, const std::string&), (override));
-    MOCK_METHOD(void, deleteAllDetails, (const std::string&), (override));
-    MOCK_METHOD(std::optional<std::vector<YSuggestionContact>>, getSuggestionContacts,
-                (const std::string&, std::optional<bool>, const std::string&, int), (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getOrgContactSuggestions,
-                (const std::string&, const std::optional<std::string>&, std::optional<int>, int, bool, bool),
-                (override));
-    MOCK_METHOD(void, fixPersonalContacts, (const std::string&), (override));
-    MOCK_METHOD(void, updateContactsUsageCount, (const std::string&, (const std::map<std::string, std::string>&)),
-                (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts, (const std::string&, const std::string&),
-                (override));
-    MOCK_METHOD(void, addCategories, (const std::string&, const std::vector<YContactCategory>&), (override));
-    MOCK_METHOD(std::optional<std::vector<YContactCategory>>, getCategories, (const std::string&), (override));
-    MOCK_METHOD(void, deleteCategories, (const std::string&, const std::vector<std::string>&), (override));
-};
-
-class StubFileService : public YContactsFileServiceContract {
-public:
-    MOCK_METHOD(ImageFile, getContactImage, (const std::string&, const std::string&, bool), (override));
-    MOCK_METHOD(std::string, saveContactImage,
-                (const std::string&, const std::string&, const std::vector<std::uint8_t>&, bool), (override));
-    MOCK_METHOD(void, deleteContactImage, (const std::string&, const std::string&), (override));
-    MOCK_METHOD(void, deleteAllImages, (const std::string&), (override));
-    MOCK_METHOD(std::optional<std::chrono::system_clock::time_point>, getModifiedDate,
-                (const std::string&, const std::string&, bool), (override));
-    MOCK_METHOD(void, updateModifiedDate,
-                (const std::string&, const std::string&, bool, std::chrono::system_clock::time_point), (override));
-};
-
-class StubNetwork : public YContactsNetworkContract {
-public:
-    MOCK_METHOD(void, getContacts,
-                (const std::string&, const std::optional<std::string>&, bool, int, int, std::optional<double>,
-                 ContactsPageCallback),
-                (override));
-    MOCK_METHOD(void, searchContacts,
-                (const std::string&, const std::optional<std::string>&, bool, std::optional<int>,
-                 const std::optional<std::string>&, SearchCallback),
-                (override));
-    MOCK_METHOD(void, getContactUsageCount, (const std::string&, UsageCountCallback), (override));
-    MOCK_METHOD(void, cancelTasks, (const std::string&), (override));
-};
-
-class StubPreference : public YContactsPreferenceContract {
-public:
-    MOCK_METHOD(void, setStartIndex, (const std::string&, std::int64_t, bool), (override));
-    MOCK_METHOD(std::int64_t, startIndex, (const std::string&, bool), (override));
-    MOCK_METHOD(void, setCompleteState, (const std::string&, bool, bool), (override));
-    MOCK_METHOD(bool, completeState, (const std::string&, bool), (override));
-    MOCK_METHOD(std::optional<double>, lastUpdatedTime, (const std::string&), (override));
-    MOCK_METHOD(void, setLastUpdatedTime, (const std::string&, double), (override));
-    MOCK_METHOD(void, removeAllPreferences, (const std::string&), (override));
-};
-
-class StubAuthenticator : public YContactsAuthenticationContract {
-public:
-    void getAuthorizationHeader(const std::string&, AuthorizationCallback callback) override {
-        callback("Bearer t", std::nullopt);
-    }
-    std::optional<YContactsHost> getContactsHost(const std::string&) override { return std::nullopt; }
-};
 
 // Counts every builder call and keeps what each builder was given and what it made.
 struct BuilderLog {
@@ -141,14 +66,14 @@ YContactService::Builders countingBuilders(BuilderLog& log, std::shared_ptr<YCon
         ++log.database;
         std::lock_guard lock(log.mutex);
         log.databaseURL = url;
-        log.madeDatabase = std::make_shared<NiceMock<StubDatabase>>();
+        log.madeDatabase = std::make_shared<NiceMock<FakeContactsDatabaseService>>();
         return log.madeDatabase;
     };
     builders.file = [&log](const fs::path& url) -> std::shared_ptr<YContactsFileServiceContract> {
         ++log.file;
         std::lock_guard lock(log.mutex);
         log.contactImageDirURL = url;
-        log.madeFile = std::make_shared<NiceMock<StubFileService>>();
+        log.madeFile = std::make_shared<NiceMock<FakeContactsFileService>>();
         return log.madeFile;
     };
     builders.network = [&log](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
@@ -156,13 +81,13 @@ YContactService::Builders countingBuilders(BuilderLog& log, std::shared_ptr<YCon
         ++log.network;
         std::lock_guard lock(log.mutex);
         log.authorization = authorization;
-        log.madeNetwork = std::make_shared<NiceMock<StubNetwork>>();
+        log.madeNetwork = std::make_shared<NiceMock<FakeContactsNetworkService>>();
         return log.madeNetwork;
     };
     builders.preference = [&log]() -> std::shared_ptr<YContactsPreferenceContract> {
         ++log.preference;
         std::lock_guard lock(log.mutex);
-        log.madePreference = std::make_shared<NiceMock<StubPreference>>();
+        log.madePreference = std::make_shared<NiceMock<FakeContactsPreferenceService>>();
         return log.madePreference;
     };
     builders.dataManager = [&log, manager](auto database, auto network, auto preference, auto file) {
@@ -179,25 +104,16 @@ YContactService::Builders countingBuilders(BuilderLog& log, std::shared_ptr<YCon
 
 class YContactServiceTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::random_device random;
-        folder = fs::temp_directory_path() / ("ycontacts-facade-" + std::to_string(random()));
-        fs::create_directories(folder);
-    }
-    void TearDown() override {
-        YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier);
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
+    void TearDown() override { YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier); }
 
     YContactService::Config fullConfig() {
-        return YContactService::Config(authenticator, folder / "store.sqlite", folder / "photos");
+        return YContactService::Config(authenticator, folder.file("store.sqlite"), folder.file("photos"));
     }
 
-    fs::path folder;
-    std::shared_ptr<StubAuthenticator> authenticator = std::make_shared<StubAuthenticator>();
-    std::shared_ptr<StrictMock<MockContactsDataManager>> dataManager =
-        std::make_shared<StrictMock<MockContactsDataManager>>();
+    TemporaryDirectory folder;
+    std::shared_ptr<FakeAuthentication> authenticator = std::make_shared<FakeAuthentication>();
+    std::shared_ptr<StrictMock<FakeContactsDataManager>> dataManager =
+        std::make_shared<StrictMock<FakeContactsDataManager>>();
     BuilderLog log;
     YContactService service{countingBuilders(log, dataManager)};
 };
@@ -220,7 +136,7 @@ TEST_F(YContactServiceTest, ServicesFirstNeededBeforeConfigStayAbsentAfterConfig
     EXPECT_EQ(log.givenNetwork, nullptr);
     EXPECT_EQ(log.givenFile, nullptr);
     EXPECT_EQ(log.givenPreference, log.madePreference);
-    EXPECT_FALSE(fs::exists(folder / "store.sqlite"));
+    EXPECT_FALSE(fs::exists(folder.file("store.sqlite")));
 }
 
 TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatabaseIsRegisteredAtThatPath) {
@@ -229,8 +145,8 @@ TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatab
 
     {
         std::lock_guard lock(log.mutex);
-        EXPECT_EQ(log.databaseURL, folder / "store.sqlite");
-        EXPECT_EQ(log.contactImageDirURL, folder / "photos");
+        EXPECT_EQ(log.databaseURL, folder.file("store.sqlite"));
+        EXPECT_EQ(log.contactImageDirURL, folder.file("photos"));
         EXPECT_EQ(log.authorization, authenticator);
         EXPECT_EQ(log.givenDatabase, log.madeDatabase);
         EXPECT_EQ(log.givenNetwork, log.madeNetwork);
@@ -241,7 +157,7 @@ TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatab
     // The registered database is the configured file itself, not a file inside it.
     ASSERT_TRUE(YSqliteHelper::getShared().execute("CREATE TABLE probe(x INTEGER)", true, "DefaultDB").ok());
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open_v2((folder / "store.sqlite").c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open_v2((folder.file("store.sqlite")).c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
     sqlite3_stmt* statement = nullptr;
     ASSERT_EQ(sqlite3_prepare_v2(database, "SELECT count(*) FROM sqlite_master WHERE name = 'probe'", -1, &statement,
                                  nullptr),
@@ -295,10 +211,10 @@ TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) 
         ++attempts;
         throw std::runtime_error("no preferences today");
     };
-    std::shared_ptr<YContactsPreferenceContract> received = std::make_shared<NiceMock<StubPreference>>();
+    std::shared_ptr<YContactsPreferenceContract> received = std::make_shared<NiceMock<FakeContactsPreferenceService>>();
     builders.dataManager = [&received](auto, auto, auto preference, auto) {
         received = preference;
-        return std::shared_ptr<YContactsDataManagerContract>(std::make_shared<NiceMock<MockContactsDataManager>>());
+        return std::shared_ptr<YContactsDataManagerContract>(std::make_shared<NiceMock<FakeContactsDataManager>>());
     };
     YContactService service(builders);
 
@@ -309,29 +225,19 @@ TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) 
     EXPECT_EQ(received, nullptr);
 }
 
+// What the host gets back is pinned against a real store in YContactServiceStoreTest.
 TEST_F(YContactServiceTest, GetContactsSetsTheRequestFieldsAndLeavesFromAbsent) {
     EXPECT_CALL(*dataManager, getContacts("u1", Optional(std::string("o1")), Optional(std::string("ann")),
-                                          Eq(std::nullopt), Optional(25), Optional(false), RequestType::local, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            cb(std::vector<YContact>{YContact("1", "Ann", 0)});
-        });
-    Received<std::optional<std::vector<YContact>>> answers;
-
-    service.getContacts("u1", "o1", "ann", 25, false, RequestType::local,
-                        [&](std::optional<std::vector<YContact>> contacts) { answers.add(std::move(contacts)); });
-
-    ASSERT_TRUE(answers.waitFor(1));
-    ASSERT_TRUE(answers.values()[0].has_value());
-    EXPECT_EQ(answers.values()[0]->front().contactId, "1");
+                                          Eq(std::nullopt), Optional(25), Optional(false), RequestType::local, _));
+    service.getContacts("u1", "o1", "ann", 25, false, RequestType::local, nullptr);
+    ASSERT_TRUE(drainUsecaseQueue());
 }
 
 TEST_F(YContactServiceTest, GetContactsFromIdsForwardsAllFiveFields) {
     EXPECT_CALL(*dataManager, getContactsFromIds("u1", Eq(std::nullopt), Optional(std::vector<std::string>{"a@x"}),
                                                  Optional(std::vector<std::string>{"y1"}), Optional(true),
                                                  RequestType::both, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto&&, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            cb(std::nullopt);
-        });
+        .WillOnce(InvokeArgument<6>(std::nullopt));
     Received<std::optional<std::vector<YContact>>> answers;
 
     service.getContactsFromIds("u1", std::nullopt, std::vector<std::string>{"a@x"}, std::vector<std::string>{"y1"},
@@ -344,46 +250,19 @@ TEST_F(YContactServiceTest, GetContactsFromIdsForwardsAllFiveFields) {
 
 TEST_F(YContactServiceTest, SuggestionsFromTheNetworkAreSuggestionsAskedOfTheServer) {
     EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "ann", 20, Eq(std::nullopt),
-                                                    RequestType::preferLocal, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, YContactsDataManagerContract::SuggestionsCallback cb) {
-            cb("an", std::nullopt);
-        });
-    EXPECT_CALL(*dataManager,
-                getSuggestionContacts("u1", Optional(std::string("o1")), "bob", 5, Optional(true), RequestType::server, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, YContactsDataManagerContract::SuggestionsCallback cb) {
-            cb("bob", std::vector<YSuggestionContact>{YSuggestionContact("2", "bob@x", "Bob", true)});
-        });
-    Received<std::pair<std::string, std::optional<std::vector<YSuggestionContact>>>> answers;
-    auto collect = [&](std::string searchStr, std::optional<std::vector<YSuggestionContact>> contacts) {
-        answers.add({std::move(searchStr), std::move(contacts)});
-    };
-
-    service.getSuggestionContacts("u1", "ann", "o1", 20, std::nullopt, RequestType::preferLocal, collect);
-    ASSERT_TRUE(answers.waitFor(1));
-    service.getSuggestionContactsFromNetwork("u1", "o1", "bob", 5, true, collect);
-    ASSERT_TRUE(answers.waitFor(2));
-
-    const auto got = answers.values();
-    EXPECT_EQ(got[0].first, "an");
-    EXPECT_FALSE(got[0].second.has_value());
-    EXPECT_EQ(got[1].first, "bob");
-    ASSERT_TRUE(got[1].second.has_value());
-    EXPECT_EQ(got[1].second->front().email, "bob@x");
+                                                    RequestType::preferLocal, _));
+    EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "bob", 5, Optional(true),
+                                                    RequestType::server, _));
+    service.getSuggestionContacts("u1", "ann", "o1", 20, std::nullopt, RequestType::preferLocal, nullptr);
+    service.getSuggestionContactsFromNetwork("u1", "o1", "bob", 5, true, nullptr);
+    ASSERT_TRUE(drainUsecaseQueue());
 }
 
 TEST_F(YContactServiceTest, GetContactNeverPrefersPersonalInfo) {
     EXPECT_CALL(*dataManager, getContact("u1", Optional(std::string("c1")), Optional(std::string("y1")),
-                                         Optional(std::string("e@x")), false, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto&&, auto, YContactsDataManagerContract::ContactCallback cb) {
-            cb(YContact("c1", "Cy", 0));
-        });
-    Received<std::optional<YContact>> answers;
-
-    service.getContact("u1", "e@x", "c1", "y1", [&](std::optional<YContact> contact) { answers.add(contact); });
-
-    ASSERT_TRUE(answers.waitFor(1));
-    ASSERT_TRUE(answers.values()[0].has_value());
-    EXPECT_EQ(answers.values()[0]->contactId, "c1");
+                                         Optional(std::string("e@x")), false, _));
+    service.getContact("u1", "e@x", "c1", "y1", nullptr);
+    ASSERT_TRUE(drainUsecaseQueue());
 }
 
 TEST_F(YContactServiceTest, GetContactImageAsksTheSameWhateverIsOrgSays) {
@@ -391,10 +270,7 @@ TEST_F(YContactServiceTest, GetContactImageAsksTheSameWhateverIsOrgSays) {
                                               Optional(std::string("c1")), false, Eq(std::nullopt), YContactType::user,
                                               _))
         .Times(3)
-        .WillRepeatedly(
-            [](auto&&, auto&&, auto&&, auto&&, auto, auto&&, auto, YContactsDataManagerContract::ImageHandler h) {
-                h(std::vector<std::uint8_t>{9}, std::string("/p/c1.png"), std::string("c1"));
-            });
+        .WillRepeatedly(InvokeArgument<7>(std::vector<std::uint8_t>{9}, std::string("/p/c1.png"), std::string("c1")));
     Received<std::pair<std::optional<std::vector<std::uint8_t>>, std::optional<std::string>>> answers;
     auto collect = [&](std::optional<std::vector<std::uint8_t>> data, std::optional<std::string> path) {
         answers.add({std::move(data), std::move(path)});
@@ -424,9 +300,9 @@ TEST_F(YContactServiceTest, RemoveAllDataReachesTheDataManagerOffTheCallersThrea
 }
 
 TEST(YContactServiceWithoutDataManagerTest, OperationsAreLoggedNoOps) {
-    LoggedWarnings warnings;
+    LogCapture warnings(Logger::Level::warning);
     YContactService service{YContactService::Builders{}};
-    service.config = YContactService::Config(std::make_shared<StubAuthenticator>(), std::nullopt, std::nullopt);
+    service.config = YContactService::Config(std::make_shared<FakeAuthentication>(), std::nullopt, std::nullopt);
     std::atomic<int> callbacks{0};
 
     service.getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt, RequestType::preferLocal,

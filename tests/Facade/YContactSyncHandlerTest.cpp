@@ -9,13 +9,15 @@
 #include <thread>
 #include <vector>
 
-#include "Usecases/UsecaseTestSupport.h"
+#include "Support/FakeDataManagers.h"
+#include "Support/UsecaseSupport.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Contacts/YContactService.h"
 
 namespace ycontacts {
 namespace {
 
-using namespace usecasetest;
+using namespace testsupport;
 using ::testing::Eq;
 using ::testing::Optional;
 using ::testing::Return;
@@ -31,8 +33,8 @@ protected:
         ran.add(command);
     }
 
-    std::shared_ptr<StrictMock<MockContactsDataManager>> dataManager =
-        std::make_shared<StrictMock<MockContactsDataManager>>();
+    std::shared_ptr<StrictMock<FakeContactsDataManager>> dataManager =
+        std::make_shared<StrictMock<FakeContactsDataManager>>();
     std::shared_ptr<Handler> handler = std::make_shared<Handler>(dataManager);
     std::mutex mutex;
     std::vector<std::thread::id> threads;

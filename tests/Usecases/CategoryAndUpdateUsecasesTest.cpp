@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Usecases/UsecaseTestSupport.h"
+#include "Support/FakeDataManagers.h"
+#include "Support/UsecaseSupport.h"
 #include "ycontacts/Contacts/Domain/Usecases/YDeleteContactsUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YFetchCategoriesUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YFetchCategoryContactsUseCase.h"
@@ -15,10 +16,12 @@
 namespace ycontacts {
 namespace {
 
-using namespace usecasetest;
+using namespace testsupport;
 using ::testing::_;
+using ::testing::DoAll;
 using ::testing::ElementsAre;
 using ::testing::Field;
+using ::testing::InvokeArgument;
 using ::testing::StrictMock;
 
 YContactCategory category(const std::string& id, const std::string& name) {
@@ -34,22 +37,17 @@ YUpdateContactNetworkResponse serverAnswer(std::optional<std::string> successRes
 }
 
 TEST(CategoryUsecasesTest, CategoriesComeFromTheAnswersListAndAMissingAnswerGivesAnEmptyList) {
-    auto dataManager = std::make_shared<StrictMock<MockCategoriesDataManager>>();
+    auto dataManager = std::make_shared<StrictMock<FakeCategoriesDataManager>>();
     auto usecase = std::make_shared<YFetchCategoriesUseCase>(dataManager);
     YFetchCategoriesRequest request("u1");
     request.requestType = RequestType::server;
     EXPECT_CALL(*dataManager, fetchCategories("u1", RequestType::server, _))
-        .WillOnce([](auto&&, auto, YCategoriesDataManagerContract::CategoriesCallback cb) {
-            cb(YCategoryResponse{{category("k1", "Family"), category("k2", "Work")}});
-            cb(std::nullopt);
-            cb(YCategoryResponse{});
-        });
-    Received<YFetchCategoriesResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<2>(YCategoryResponse{{category("k1", "Family"), category("k2", "Work")}}),
+                        InvokeArgument<2>(std::nullopt), InvokeArgument<2>(YCategoryResponse{})));
 
-    usecase->execute(request, [&](const YFetchCategoriesResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YFetchCategoriesResponse>(*usecase, request, 3);
 
-    ASSERT_TRUE(responses.waitFor(3));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 3u);
     EXPECT_THAT(got[0].categories, ElementsAre(Field(&YContactCategory::categoryId, "k1"),
                                                Field(&YContactCategory::categoryId, "k2")));
     EXPECT_TRUE(got[1].categories.empty());
@@ -58,20 +56,15 @@ TEST(CategoryUsecasesTest, CategoriesComeFromTheAnswersListAndAMissingAnswerGive
 }
 
 TEST(CategoryUsecasesTest, CategoryContactsKeepTheRequestedCategoryIdWithTheAnsweredContacts) {
-    auto dataManager = std::make_shared<StrictMock<MockCategoriesDataManager>>();
+    auto dataManager = std::make_shared<StrictMock<FakeCategoriesDataManager>>();
     auto usecase = std::make_shared<YFetchCategoryContactsUseCase>(dataManager);
     EXPECT_CALL(*dataManager, fetchContactsInCategory("u1", "k7", RequestType::preferLocal, _))
-        .WillOnce([](auto&&, auto&&, auto, YCategoriesDataManagerContract::ContactsCallback cb) {
-            cb(std::vector<YContact>{YContact("c1", "Ann", 0)});
-            cb(std::nullopt);
-        });
-    Received<YFetchCategoryContactsResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<3>(std::vector<YContact>{YContact("c1", "Ann", 0)}),
+                        InvokeArgument<3>(std::nullopt)));
 
-    usecase->execute(YFetchCategoryContactsRequest("u1", "k7"),
-                     [&](const YFetchCategoryContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YFetchCategoryContactsResponse>(*usecase, YFetchCategoryContactsRequest("u1", "k7"), 2);
 
-    ASSERT_TRUE(responses.waitFor(2));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 2u);
     EXPECT_EQ(got[0].categoryId, "k7");
     ASSERT_TRUE(got[0].contacts.has_value());
     EXPECT_EQ(got[0].contacts->front().contactId, "c1");
@@ -80,22 +73,18 @@ TEST(CategoryUsecasesTest, CategoryContactsKeepTheRequestedCategoryIdWithTheAnsw
 }
 
 TEST(UpdateUsecasesTest, UpdateCarriesATitleOnlyWhenTheServerAnsweredWithASuccessText) {
-    auto dataManager = std::make_shared<StrictMock<MockUpdateDataManager>>();
+    auto dataManager = std::make_shared<StrictMock<FakeUpdateDataManager>>();
     auto usecase = std::make_shared<YUpdateContactsUseCase>(dataManager);
     YUpdateContactsRequest request("u1", {YContact("TempContactId-1", "Ann", 0)}, true, "desktop", "vcard");
     EXPECT_CALL(*dataManager, updateContact("u1", ElementsAre(Field(&YContact::contactId, "TempContactId-1")), true,
                                             "desktop", "vcard", _))
-        .WillOnce([](auto&&, auto&&, auto, auto&&, auto&&, YContactsUpdateDataManagerContract::UpdateCallback cb) {
-            cb(std::string("c42"), serverAnswer("Contact added"));
-            cb(std::string("c43"), serverAnswer(std::nullopt));
-            cb(std::nullopt, std::nullopt);
-        });
-    Received<YUpdateContactsResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<5>(std::string("c42"), serverAnswer("Contact added")),
+                        InvokeArgument<5>(std::string("c43"), serverAnswer(std::nullopt)),
+                        InvokeArgument<5>(std::nullopt, std::nullopt)));
 
-    usecase->execute(request, [&](const YUpdateContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YUpdateContactsResponse>(*usecase, request, 3);
 
-    ASSERT_TRUE(responses.waitFor(3));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 3u);
     EXPECT_EQ(got[0].contactId, "c42");
     EXPECT_EQ(got[0].title, "Contact added");
     EXPECT_EQ(got[1].contactId, "c43");
@@ -105,20 +94,15 @@ TEST(UpdateUsecasesTest, UpdateCarriesATitleOnlyWhenTheServerAnsweredWithASucces
 }
 
 TEST(UpdateUsecasesTest, DeleteCarriesTheAnsweredIdAndATitleOnlyFromASuccessText) {
-    auto dataManager = std::make_shared<StrictMock<MockUpdateDataManager>>();
+    auto dataManager = std::make_shared<StrictMock<FakeUpdateDataManager>>();
     auto usecase = std::make_shared<YDeleteContactsUseCase>(dataManager);
     EXPECT_CALL(*dataManager, deleteContact("u1", "c42", false, _))
-        .WillOnce([](auto&&, auto&&, auto, YContactsUpdateDataManagerContract::UpdateCallback cb) {
-            cb(std::string("c42"), serverAnswer("Contact deleted"));
-            cb(std::nullopt, serverAnswer(std::nullopt));
-        });
-    Received<YDeleteContactsResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<3>(std::string("c42"), serverAnswer("Contact deleted")),
+                        InvokeArgument<3>(std::nullopt, serverAnswer(std::nullopt))));
 
-    usecase->execute(YDeleteContactsRequest("u1", "c42", false),
-                     [&](const YDeleteContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YDeleteContactsResponse>(*usecase, YDeleteContactsRequest("u1", "c42", false), 2);
 
-    ASSERT_TRUE(responses.waitFor(2));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 2u);
     EXPECT_EQ(got[0].contactId, "c42");
     EXPECT_EQ(got[0].title, "Contact deleted");
     EXPECT_EQ(got[1].contactId, "");

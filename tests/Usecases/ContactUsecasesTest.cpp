@@ -1,12 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "Usecases/UsecaseTestSupport.h"
+#include "Support/FakeDataManagers.h"
+#include "Support/LogCapture.h"
+#include "Support/UsecaseSupport.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContact.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactImage.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContacts.h"
@@ -19,22 +23,26 @@
 namespace ycontacts {
 namespace {
 
-using namespace usecasetest;
+using namespace testsupport;
 using ::testing::_;
+using ::testing::DoAll;
 using ::testing::Eq;
+using ::testing::InvokeArgument;
 using ::testing::Optional;
 using ::testing::StrictMock;
+using Ids = std::vector<std::string>;
+using Contacts = std::vector<YContact>;
 
-std::vector<std::string> idsOf(const std::optional<std::vector<YContact>>& contacts) {
-    std::vector<std::string> ids;
-    for (const auto& contact : contacts.value_or(std::vector<YContact>{})) ids.push_back(contact.contactId);
+Ids idsOf(const std::optional<Contacts>& contacts) {
+    Ids ids;
+    for (const auto& contact : contacts.value_or(Contacts{})) ids.push_back(contact.contactId);
     return ids;
 }
 
 class ContactUsecasesTest : public ::testing::Test {
 protected:
-    std::shared_ptr<StrictMock<MockContactsDataManager>> dataManager =
-        std::make_shared<StrictMock<MockContactsDataManager>>();
+    std::shared_ptr<StrictMock<FakeContactsDataManager>> dataManager =
+        std::make_shared<StrictMock<FakeContactsDataManager>>();
 };
 
 TEST_F(ContactUsecasesTest, GetContactsPassesEveryFieldAndDeliversEachAnswerInOrder) {
@@ -49,19 +57,15 @@ TEST_F(ContactUsecasesTest, GetContactsPassesEveryFieldAndDeliversEachAnswerInOr
     // A local answer first, then the server's, then a failed one: each reaches the host as it came.
     EXPECT_CALL(*dataManager, getContacts("u1", Optional(std::string("o1")), Optional(std::string("ann")),
                                           Optional(40), Optional(20), Optional(true), RequestType::both, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            cb(std::vector<YContact>{YContact("1", "Ann", 0)});
-            cb(std::vector<YContact>{YContact("1", "Ann", 0), YContact("2", "Annie", 0)});
-            cb(std::nullopt);
-        });
-    Received<YGetContactsResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<7>(Contacts{YContact("1", "Ann", 0)}),
+                        InvokeArgument<7>(Contacts{YContact("1", "Ann", 0), YContact("2", "Annie", 0)}),
+                        InvokeArgument<7>(std::nullopt)));
 
-    usecase->execute(request, [&](const YGetContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 3);
 
-    ASSERT_TRUE(responses.waitFor(3));
-    const auto got = responses.values();
-    EXPECT_EQ(idsOf(got[0].contacts), std::vector<std::string>{"1"});
-    EXPECT_EQ(idsOf(got[1].contacts), (std::vector<std::string>{"1", "2"}));
+    ASSERT_EQ(got.size(), 3u);
+    EXPECT_EQ(idsOf(got[0].contacts), Ids{"1"});
+    EXPECT_EQ(idsOf(got[1].contacts), (Ids{"1", "2"}));
     EXPECT_FALSE(got[2].contacts.has_value());
 }
 
@@ -71,38 +75,30 @@ TEST_F(ContactUsecasesTest, GetContactsListUsesTheListQueryWithTheSameFields) {
     request.from = 0;
     EXPECT_CALL(*dataManager, getContactsList("u2", Eq(std::nullopt), Eq(std::nullopt), Optional(0), Eq(std::nullopt),
                                               Eq(std::nullopt), RequestType::preferLocal, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            cb(std::vector<YContact>{YContact("7", "Bo", 0)});
-        });
-    Received<YGetContactsResponse> responses;
+        .WillOnce(InvokeArgument<7>(Contacts{YContact("7", "Bo", 0)}));
 
-    usecase->execute(request, [&](const YGetContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 1);
 
-    ASSERT_TRUE(responses.waitFor(1));
-    EXPECT_EQ(idsOf(responses.values()[0].contacts), std::vector<std::string>{"7"});
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(idsOf(got[0].contacts), Ids{"7"});
 }
 
 TEST_F(ContactUsecasesTest, GetContactsFromIdsPassesTheThreeIdListsInOrder) {
     auto usecase = std::make_shared<YGetContactsFromIds>(dataManager);
     YGetContactsFromIdsRequest request("u1");
-    request.contactIds = std::vector<std::string>{"c1"};
-    request.emailIds = std::vector<std::string>{"a@x", "b@x"};
-    request.contactYuids = std::vector<std::string>{"y1"};
+    request.contactIds = Ids{"c1"};
+    request.emailIds = Ids{"a@x", "b@x"};
+    request.contactYuids = Ids{"y1"};
     request.isOrg = false;
     request.requestType = RequestType::local;
-    EXPECT_CALL(*dataManager,
-                getContactsFromIds("u1", Optional(std::vector<std::string>{"c1"}),
-                                   Optional(std::vector<std::string>{"a@x", "b@x"}),
-                                   Optional(std::vector<std::string>{"y1"}), Optional(false), RequestType::local, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto&&, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            cb(std::vector<YContact>{YContact("c1", "Cy", 0)});
-        });
-    Received<YGetContactsResponse> responses;
+    EXPECT_CALL(*dataManager, getContactsFromIds("u1", Optional(Ids{"c1"}), Optional(Ids{"a@x", "b@x"}),
+                                                 Optional(Ids{"y1"}), Optional(false), RequestType::local, _))
+        .WillOnce(InvokeArgument<6>(Contacts{YContact("c1", "Cy", 0)}));
 
-    usecase->execute(request, [&](const YGetContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 1);
 
-    ASSERT_TRUE(responses.waitFor(1));
-    EXPECT_EQ(idsOf(responses.values()[0].contacts), std::vector<std::string>{"c1"});
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(idsOf(got[0].contacts), Ids{"c1"});
 }
 
 TEST_F(ContactUsecasesTest, SuggestionResponseCarriesTheSearchTextTheDataManagerAnsweredFor) {
@@ -111,19 +107,16 @@ TEST_F(ContactUsecasesTest, SuggestionResponseCarriesTheSearchTextTheDataManager
     request.yoid = "o1";
     request.isOrg = true;
     request.requestType = RequestType::server;
-    EXPECT_CALL(*dataManager,
-                getSuggestionContacts("u1", Optional(std::string("o1")), "anna", 20, Optional(true), RequestType::server, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto, auto, auto, YContactsDataManagerContract::SuggestionsCallback cb) {
-            // An answer for the shorter text typed a moment earlier.
-            cb("ann", std::vector<YSuggestionContact>{YSuggestionContact("1", "ann@x", "Ann", true)});
-            cb("anna", std::nullopt);
-        });
-    Received<YGetSuggestionContactsResponse> responses;
+    // First an answer for the shorter text typed a moment earlier.
+    const std::vector<YSuggestionContact> earlier{YSuggestionContact("1", "ann@x", "Ann", true)};
+    EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "anna", 20, Optional(true),
+                                                    RequestType::server, _))
+        .WillOnce(DoAll(InvokeArgument<6>(std::string("ann"), earlier),
+                        InvokeArgument<6>(std::string("anna"), std::nullopt)));
 
-    usecase->execute(request, [&](const YGetSuggestionContactsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetSuggestionContactsResponse>(*usecase, request, 2);
 
-    ASSERT_TRUE(responses.waitFor(2));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 2u);
     EXPECT_EQ(got[0].searchStr, "ann");
     ASSERT_TRUE(got[0].contacts.has_value());
     ASSERT_EQ(got[0].contacts->size(), 1u);
@@ -138,19 +131,15 @@ TEST_F(ContactUsecasesTest, OrgSuggestionsPassTheirOwnFieldsAndTheAnsweredSearch
     request.searchStr = "bo";
     request.from = 10;
     request.shouldSearchNickname = true;
-    EXPECT_CALL(*dataManager, getOrgContactSuggestions("u1", Optional(std::string("bo")), Optional(10), 100, true,
-                                                       true, _))
-        .WillOnce([](auto&&, auto&&, auto, auto, auto, auto, YContactsDataManagerContract::OrgSuggestionsCallback cb) {
-            cb(std::nullopt, std::vector<YContact>{YContact("9", "Bob", 0)});
-        });
-    Received<YGetOrgContactSuggestionsResponse> responses;
+    EXPECT_CALL(*dataManager,
+                getOrgContactSuggestions("u1", Optional(std::string("bo")), Optional(10), 100, true, true, _))
+        .WillOnce(InvokeArgument<6>(std::nullopt, Contacts{YContact("9", "Bob", 0)}));
 
-    usecase->execute(request, [&](const YGetOrgContactSuggestionsResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetOrgContactSuggestionsResponse>(*usecase, request, 1);
 
-    ASSERT_TRUE(responses.waitFor(1));
-    const auto got = responses.values()[0];
-    EXPECT_FALSE(got.searchStr.has_value());
-    EXPECT_EQ(idsOf(got.contacts), std::vector<std::string>{"9"});
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_FALSE(got[0].searchStr.has_value());
+    EXPECT_EQ(idsOf(got[0].contacts), Ids{"9"});
 }
 
 TEST_F(ContactUsecasesTest, GetContactPassesItsIdsInTheDataManagersOrderAndLeavesErrorEmpty) {
@@ -162,16 +151,11 @@ TEST_F(ContactUsecasesTest, GetContactPassesItsIdsInTheDataManagersOrderAndLeave
     request.preferPersonalInfo = true;
     EXPECT_CALL(*dataManager, getContact("u1", Optional(std::string("c9")), Optional(std::string("y9")),
                                          Optional(std::string("e@x")), true, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto&&, auto, YContactsDataManagerContract::ContactCallback cb) {
-            cb(YContact("c9", "Cee", 0));
-            cb(std::nullopt);
-        });
-    Received<YGetContactResponse> responses;
+        .WillOnce(DoAll(InvokeArgument<5>(YContact("c9", "Cee", 0)), InvokeArgument<5>(std::nullopt)));
 
-    usecase->execute(request, [&](const YGetContactResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetContactResponse>(*usecase, request, 2);
 
-    ASSERT_TRUE(responses.waitFor(2));
-    const auto got = responses.values();
+    ASSERT_EQ(got.size(), 2u);
     ASSERT_TRUE(got[0].contact.has_value());
     EXPECT_EQ(got[0].contact->contactId, "c9");
     EXPECT_FALSE(got[0].error.has_value());
@@ -192,22 +176,18 @@ TEST_F(ContactUsecasesTest, GetContactImageMapsTheHandlersThreeValuesAndItsCopyS
     request.isThumbnail = false;
     request.metaData = YActivityMetaData("photo");
     request.contactType = YContactType::group;
-    EXPECT_CALL(*dataManager,
-                getContactImage("u1", Optional(std::string("y1")), Optional(std::string("e@x")),
-                                Optional(std::string("c1")), false, Optional(YActivityMetaData("photo")),
-                                YContactType::group, _))
-        .WillOnce([](auto&&, auto&&, auto&&, auto&&, auto, auto&&, auto, YContactsDataManagerContract::ImageHandler h) {
-            h(std::vector<std::uint8_t>{1, 2, 3}, std::string("/photos/u1_normal/c1.png"), std::string("c1"));
-        });
-    Received<YGetContactImageResponse> responses;
+    EXPECT_CALL(*dataManager, getContactImage("u1", Optional(std::string("y1")), Optional(std::string("e@x")),
+                                              Optional(std::string("c1")), false, Optional(YActivityMetaData("photo")),
+                                              YContactType::group, _))
+        .WillOnce(InvokeArgument<7>(std::vector<std::uint8_t>{1, 2, 3}, std::string("/photos/u1_normal/c1.png"),
+                                    std::string("c1")));
 
-    usecase->execute(request, [&](const YGetContactImageResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetContactImageResponse>(*usecase, request, 1);
 
-    ASSERT_TRUE(responses.waitFor(1));
-    const auto got = responses.values()[0];
-    EXPECT_EQ(got.contactImageData, (std::vector<std::uint8_t>{1, 2, 3}));
-    EXPECT_EQ(got.filePath, "/photos/u1_normal/c1.png");
-    EXPECT_EQ(got.contactId, "c1");
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].contactImageData, (std::vector<std::uint8_t>{1, 2, 3}));
+    EXPECT_EQ(got[0].filePath, "/photos/u1_normal/c1.png");
+    EXPECT_EQ(got[0].contactId, "c1");
 }
 
 TEST_F(ContactUsecasesTest, UsageCountAsksOnlyForTheUser) {
@@ -215,16 +195,13 @@ TEST_F(ContactUsecasesTest, UsageCountAsksOnlyForTheUser) {
     YGetContactsRequest request("u5");
     request.searchStr = "ignored";
     request.isOrg = true;
-    EXPECT_CALL(*dataManager, getUsageCount("u5", _))
-        .WillOnce([](auto&&, YContactsDataManagerContract::UsageCountCallback cb) {
-            cb(std::map<std::string, std::string>{{"c1", "4"}});
-        });
-    Received<YGetUsageCountResponse> responses;
+    const std::map<std::string, std::string> counts{{"c1", "4"}};
+    EXPECT_CALL(*dataManager, getUsageCount("u5", _)).WillOnce(InvokeArgument<1>(counts));
 
-    usecase->execute(request, [&](const YGetUsageCountResponse& response) { responses.add(response); });
+    const auto got = responsesOf<YGetUsageCountResponse>(*usecase, request, 1);
 
-    ASSERT_TRUE(responses.waitFor(1));
-    EXPECT_EQ(responses.values()[0].usageCountMap, (std::map<std::string, std::string>{{"c1", "4"}}));
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].usageCountMap, counts);
 }
 
 TEST_F(ContactUsecasesTest, UsecaseReleasedBeforeTheDataManagerAnswersNeverCallsBack) {
@@ -237,20 +214,20 @@ TEST_F(ContactUsecasesTest, UsecaseReleasedBeforeTheDataManagerAnswersNeverCalls
         });
     Received<YGetContactsResponse> responses;
     usecase->execute(YGetContactsRequest("u1"), [&](const YGetContactsResponse& response) { responses.add(response); });
-    ASSERT_EQ(pendingAnswer.wait_for(waitLimit), std::future_status::ready);
+    ASSERT_TRUE(becomesReady(pendingAnswer));
     auto answer = pendingAnswer.get();
 
     std::weak_ptr<YGetContacts> watch = usecase;
     usecase.reset();
     ASSERT_TRUE(drainUsecaseQueue());  // the running task has let go of its temporary hold
     ASSERT_TRUE(watch.expired());
-    answer(std::vector<YContact>{YContact("1", "Ann", 0)});
+    answer(Contacts{YContact("1", "Ann", 0)});
 
     EXPECT_TRUE(responses.values().empty());
 }
 
 TEST_F(ContactUsecasesTest, UsecaseWithoutDataManagerLogsAndDropsTheRequest) {
-    LoggedWarnings warnings;
+    LogCapture warnings(Logger::Level::warning);
     auto usecase = std::make_shared<YGetSuggestionContacts>(nullptr);
     Received<YGetSuggestionContactsResponse> responses;
 

@@ -1,0 +1,54 @@
+#pragma once
+// FakeContactsDatabaseService: a gmock store; every read answers absent unless a test says otherwise.
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
+
+namespace ycontacts::testsupport {
+
+class FakeContactsDatabaseService : public YContactsDatabaseContract {
+public:
+    MOCK_METHOD(void, save, (const std::string&, const std::vector<YContact>&), (override));
+    MOCK_METHOD(std::optional<ContactCount>, getContactCount, (const std::string&), (override));
+    MOCK_METHOD(void, updateContacts, (const std::string&, const std::vector<YContact>&), (override));
+    MOCK_METHOD(void, deleteContacts, (const std::string&, const std::vector<std::string>&), (override));
+    MOCK_METHOD(void, updateContactId, (const std::string&, const std::string&, const std::string&), (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts,
+                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
+                 std::optional<int>),
+                (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsList,
+                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
+                 std::optional<int>),
+                (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsFromEmailIds,
+                (const std::string&, const std::vector<std::string>&, std::optional<bool>), (override));
+    MOCK_METHOD(std::optional<YContact>, getContactByEmailId, (const std::string&, const std::string&, bool),
+                (override));
+    MOCK_METHOD(std::optional<YContact>, getContactByContactYuid, (const std::string&, const std::string&),
+                (override));
+    MOCK_METHOD(std::optional<YContact>, getContactByContactId, (const std::string&, const std::string&),
+                (override));
+    MOCK_METHOD(void, deleteAllDetails, (const std::string&), (override));
+    MOCK_METHOD(std::optional<std::vector<YSuggestionContact>>, getSuggestionContacts,
+                (const std::string&, std::optional<bool>, const std::string&, int), (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getOrgContactSuggestions,
+                (const std::string&, const std::optional<std::string>&, std::optional<int>, int, bool, bool),
+                (override));
+    MOCK_METHOD(void, fixPersonalContacts, (const std::string&), (override));
+    MOCK_METHOD(void, updateContactsUsageCount, (const std::string&, (const std::map<std::string, std::string>&)),
+                (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts, (const std::string&, const std::string&),
+                (override));
+    MOCK_METHOD(void, addCategories, (const std::string&, const std::vector<YContactCategory>&), (override));
+    MOCK_METHOD(std::optional<std::vector<YContactCategory>>, getCategories, (const std::string&), (override));
+    MOCK_METHOD(void, deleteCategories, (const std::string&, const std::vector<std::string>&), (override));
+};
+
+}  // namespace ycontacts::testsupport
