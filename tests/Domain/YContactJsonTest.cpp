@@ -156,6 +156,7 @@ TEST(YContactJsonTest, EncodingWritesFieldOrderRawStringsAndOnlyPresentOptionals
     EXPECT_EQ(full["categories"], nlohmann::ordered_json::parse(R"([{"categoryId":"cat-1"},{"categoryId":"cat-2"}])"));
     EXPECT_EQ(full["workInfo"]["address"], nlohmann::ordered_json::parse(R"({"city":"Chicago"})"));
 
+    // The designated constructor's defaults, and no optional field at all.
     const json sparse = YContact("c-2", "Bo", 9);
     EXPECT_EQ(sparse, json::parse(R"({
         "contactId": "c-2", "firstName": "Bo", "emails": [], "weightage": 0, "createdTime": 9, "isOrg": false,

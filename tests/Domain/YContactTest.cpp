@@ -26,27 +26,6 @@ std::int64_t numberAfter(const std::string& id, const std::string& prefix) {
     return std::stoll(digits);
 }
 
-TEST(YContactTest, DesignatedConstructorGivesDocumentedDefaults) {
-    const YContact contact("42", "Ann", 1700000000000);
-
-    EXPECT_EQ(contact.contactId, "42");
-    EXPECT_EQ(contact.firstName, "Ann");
-    EXPECT_EQ(contact.createdTime, 1700000000000);
-    EXPECT_TRUE(contact.hasPhoto);
-    EXPECT_FALSE(contact.isEditable);
-    EXPECT_FALSE(contact.isOrg);
-    EXPECT_EQ(contact.type, YContactType::user);
-    EXPECT_EQ(contact.weightage, 0);
-    EXPECT_TRUE(contact.emails.empty());
-    EXPECT_TRUE(contact.phones.empty());
-    EXPECT_TRUE(contact.urls.empty());
-    EXPECT_TRUE(contact.IMs.empty());
-    EXPECT_FALSE(contact.middleName || contact.lastName || contact.nickName || contact.primaryEmail ||
-                 contact.contactYuid || contact.gender || contact.photoURL || contact.address ||
-                 contact.workInfo || contact.categories || contact.birthDate || contact.birthMonth ||
-                 contact.birthYear || contact.notes || contact.displayName);
-}
-
 TEST(YContactTest, DeviceContactGetsTemporaryIdAndCreationTimeInWholeSeconds) {
     const std::int64_t before = nowSeconds();
     const YContact contact("Ann");

@@ -7,7 +7,6 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YCategoryResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
-#include "ycontacts/Contacts/Domain/Entities/YContactGroup.h"
 #include "ycontacts/Contacts/Domain/Entities/YContactUsageCountResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
 
@@ -121,13 +120,6 @@ TEST(YContactUsageCountResponseTest, ContactsMapIsOptionalButMustHoldText) {
     EXPECT_FALSE(json::parse(R"({"contacts": null})").get<YContactUsageCountResponse>().contacts);
     EXPECT_THROW(json::parse(R"({"contacts": {"c-1": 4}})").get<YContactUsageCountResponse>(), json::exception);
     EXPECT_EQ(json(YContactUsageCountResponse{}).dump(), "{}");
-}
-
-TEST(YContactGroupTest, StartsWithoutCategories) {
-    const YContactGroup group("acc-1", "Friends");
-    EXPECT_EQ(group.accId, "acc-1");
-    EXPECT_EQ(group.name, "Friends");
-    EXPECT_FALSE(group.categories);
 }
 
 }  // namespace

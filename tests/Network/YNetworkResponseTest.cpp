@@ -54,14 +54,6 @@ TEST(YNetworkResponseTest, FactorySetsTheErrorAndLeavesDataEmptyOnEverySubclass)
     EXPECT_EQ(image.imageStatus, YContactImageStatus::noContent);
 }
 
-TEST(YNetworkResponseTest, FreshRecordsHaveNoErrorAndEmptyFields) {
-    EXPECT_FALSE(YContactNetworkResponse{}.error);
-    EXPECT_FALSE(YUpdateContactNetworkResponse{}.error);
-    const YContactImageNetworkResponse image;
-    EXPECT_FALSE(image.error);
-    EXPECT_EQ(image.imageStatus, YContactImageStatus::noContent);
-}
-
 TEST(YContactsHostTest, FactoriesCarryKindAndPayload) {
     const auto direct = YContactsHost::idc("https://contacts.example");
     EXPECT_EQ(direct.kind(), YContactsHost::Kind::idc);
