@@ -1,52 +1,31 @@
+#include <algorithm>
+#include <future>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "DataManager/DataManagerTestSupport.h"
 
 namespace ycontacts::dmtest {
 namespace {
 
-using testsupport::becomesReady;
-
-// Counts the firings of one timer action and where they ran.
-class FireLog {
-public:
-    // Fulfilled when the thread of the first firing ends.
-    explicit FireLog(std::shared_ptr<std::promise<void>> threadEnd = nullptr) : threadEnd_(std::move(threadEnd)) {}
-
-    void record(bool onQueue) {
-        std::lock_guard lock(mutex_);
-        if (threadEnd_) testsupport::fulfilWhenThreadEnds(std::move(threadEnd_));
-        ++count_;
-        allOnQueue_ = allOnQueue_ && onQueue;
-        threads_.insert(std::this_thread::get_id());
-        fired_.notify_all();
-    }
-    bool waitFor(int count) {
-        std::unique_lock lock(mutex_);
-        return fired_.wait_for(lock, waitLimit, [&] { return count_ >= count; });
-    }
-    int count() const {
-        std::lock_guard lock(mutex_);
-        return count_;
-    }
-    bool allOnQueue() const {
-        std::lock_guard lock(mutex_);
-        return allOnQueue_;
-    }
-    std::set<std::thread::id> threads() const {
-        std::lock_guard lock(mutex_);
-        return threads_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::condition_variable fired_;
-    std::shared_ptr<std::promise<void>> threadEnd_;
-    int count_ = 0;
-    bool allOnQueue_ = true;
-    std::set<std::thread::id> threads_;
+// Where one firing of a timer action ran.
+struct Firing {
+    bool onQueue = false;
+    std::thread::id thread;
 };
+using FireLog = Received<Firing>;
+
+bool allOnQueue(FireLog& log) {
+    const auto firings = log.values();
+    return std::all_of(firings.begin(), firings.end(), [](const Firing& firing) { return firing.onQueue; });
+}
+
+std::set<std::thread::id> threadsOf(FireLog& log) {
+    std::set<std::thread::id> threads;
+    for (const auto& firing : log.values()) threads.insert(firing.thread);
+    return threads;
+}
 
 // Records its two timer actions before doing what the data manager does.
 class TimedDataManager : public YContactsDataManager {
@@ -59,12 +38,16 @@ public:
 
     using YContactsDataManager::restartInMemoryTimer;
 
+    // Set before start(); fulfilled when the thread of the first sync firing ends.
+    std::shared_ptr<std::promise<void>> queueThreadEnd;
+
     void startScheduledSync() override {
-        syncFires_->record(isOnQueue());
+        if (auto end = std::exchange(queueThreadEnd, nullptr)) fulfilWhenThreadEnds(std::move(end));
+        syncFires_->add({isOnQueue(), std::this_thread::get_id()});
         YContactsDataManager::startScheduledSync();
     }
     void destroyInMemory() override {
-        destroyFires_->record(isOnQueue());
+        destroyFires_->add({isOnQueue(), std::this_thread::get_id()});
         YContactsDataManager::destroyInMemory();
     }
 
@@ -74,16 +57,16 @@ private:
 };
 
 TEST(YContactsDataManagerTimerTest, TheSyncTimerRepeatsOnTheQueueThreadWhichEndsWithTheDataManager) {
-    auto threadEnd = std::make_shared<std::promise<void>>();
-    auto ended = threadEnd->get_future();
-    const auto syncFires = std::make_shared<FireLog>(threadEnd);
+    const auto syncFires = std::make_shared<FireLog>();
     auto manager = std::make_shared<TimedDataManager>(YContactsDataManager::Intervals{0.002, 3600.0}, syncFires,
                                                       std::make_shared<FireLog>());
+    manager->queueThreadEnd = std::make_shared<std::promise<void>>();
+    auto ended = manager->queueThreadEnd->get_future();
     manager->start("u1", std::nullopt);
 
     ASSERT_TRUE(syncFires->waitFor(3));
-    EXPECT_TRUE(syncFires->allOnQueue());
-    const auto threads = syncFires->threads();
+    EXPECT_TRUE(allOnQueue(*syncFires));
+    const auto threads = threadsOf(*syncFires);
     EXPECT_EQ(threads.size(), 1u);
     EXPECT_EQ(threads.count(std::this_thread::get_id()), 0u);
     EXPECT_FALSE(manager->isOnQueue());
@@ -105,15 +88,15 @@ TEST(YContactsDataManagerTimerTest, TheDestroyTimerFiresOnceOnTheQueueAfterEachR
     ASSERT_TRUE(destroyFires->waitFor(1));
     // Thirty more sync firings, 2 ms apart at the least, span several destroy periods: a destroy timer
     // left running, or a replaced one still alive, would have fired again by then.
-    ASSERT_TRUE(syncFires->waitFor(syncFires->count() + 30));
-    EXPECT_EQ(destroyFires->count(), 1);
+    ASSERT_TRUE(syncFires->waitFor(syncFires->values().size() + 30));
+    EXPECT_EQ(destroyFires->values().size(), 1u);
 
     manager->restartInMemoryTimer();
     ASSERT_TRUE(destroyFires->waitFor(2));
-    ASSERT_TRUE(syncFires->waitFor(syncFires->count() + 30));
-    EXPECT_EQ(destroyFires->count(), 2);
-    EXPECT_TRUE(destroyFires->allOnQueue());
-    EXPECT_EQ(destroyFires->threads(), syncFires->threads());
+    ASSERT_TRUE(syncFires->waitFor(syncFires->values().size() + 30));
+    EXPECT_EQ(destroyFires->values().size(), 2u);
+    EXPECT_TRUE(allOnQueue(*destroyFires));
+    EXPECT_EQ(threadsOf(*destroyFires), threadsOf(*syncFires));
 }
 
 TEST(YContactsDataManagerTimerTest, AServerSearchStartsTheDestroyTimer) {
@@ -124,7 +107,7 @@ TEST(YContactsDataManagerTimerTest, AServerSearchStartsTheDestroyTimer) {
     manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
                          [](auto&&) {});
     ASSERT_TRUE(destroyFires->waitFor(1));
-    EXPECT_TRUE(destroyFires->allOnQueue());
+    EXPECT_TRUE(allOnQueue(*destroyFires));
 }
 
 }  // namespace
