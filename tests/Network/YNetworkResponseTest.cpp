@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
 #include "ycontacts/Contacts/Data/Network/YContactError.h"
 #include "ycontacts/Contacts/Data/Network/YContactImageNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YContactImageStatus.h"
@@ -14,20 +12,6 @@
 
 namespace ycontacts {
 namespace {
-
-template <class Response>
-constexpr bool factoryMakesItsOwnType =
-    std::is_same_v<decltype(Response::getResponse(YContactError::urlError)), Response>;
-
-static_assert(factoryMakesItsOwnType<YNetworkResponse>);
-static_assert(factoryMakesItsOwnType<YContactNetworkResponse>);
-static_assert(factoryMakesItsOwnType<YUpdateContactNetworkResponse>);
-static_assert(factoryMakesItsOwnType<YContactUsageCountNetworkResponse>);
-static_assert(factoryMakesItsOwnType<YContactImageNetworkResponse>);
-static_assert(std::is_base_of_v<YNetworkResponse, YContactNetworkResponse>);
-static_assert(std::is_base_of_v<YNetworkResponse, YUpdateContactNetworkResponse>);
-static_assert(std::is_base_of_v<YNetworkResponse, YContactUsageCountNetworkResponse>);
-static_assert(!std::is_base_of_v<YNetworkResponse, YContactImageNetworkResponse>);
 
 TEST(YNetworkResponseTest, FactorySetsTheErrorAndLeavesDataEmptyOnEverySubclass) {
     EXPECT_EQ(YNetworkResponse::getResponse(YContactError::networkFailure).error, YContactError::networkFailure);
