@@ -50,6 +50,14 @@ void ProgressLine::update(const SyncProgress& progress) { draw(progress, false);
 
 void ProgressLine::finish(const SyncProgress& progress) { draw(progress, true); }
 
+void ProgressLine::abandon() {
+    std::lock_guard lock(mutex_);
+    if (finished_) return;
+    if (drawnInPlace_) std::fprintf(out_, "\n");
+    std::fflush(out_);
+    finished_ = true;
+}
+
 void ProgressLine::draw(const SyncProgress& progress, bool final) {
     std::lock_guard lock(mutex_);
     if (finished_) return;
@@ -61,6 +69,7 @@ void ProgressLine::draw(const SyncProgress& progress, bool final) {
     if (interactive_) {
         // Clear to the end of the line: the previous text may have been longer.
         std::fprintf(out_, "\r%s\x1b[K%s", line.c_str(), final ? "\n" : "");
+        drawnInPlace_ = !final;
     } else {
         std::fprintf(out_, "%s\n", line.c_str());
     }

@@ -23,6 +23,8 @@ public:
     void update(const SyncProgress& progress);
     // Writes the final state and ends the line.
     void finish(const SyncProgress& progress);
+    // Ends the line without a final state, for a download that did not complete; later updates are ignored.
+    void abandon();
 
     // The text of one progress line.
     static std::string render(const SyncProgress& progress, std::optional<std::int64_t> expectedContacts);
@@ -36,6 +38,7 @@ private:
     std::mutex mutex_;
     std::chrono::steady_clock::time_point lastDrawn_{};
     bool finished_ = false;
+    bool drawnInPlace_ = false;
 };
 
 }  // namespace ycontacts_cli

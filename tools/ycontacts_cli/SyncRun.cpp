@@ -25,7 +25,10 @@ SyncRun SyncRun::perform(Kind kind, const std::string& yuid, const std::optional
     }
     run.outcome = run.watcher->wait(idleTimeout);
     run.progress = run.watcher->progress();
-    if (line) line->finish(run.progress);
+    if (line && run.outcome == SyncWatcher::Outcome::completed)
+        line->finish(run.progress);
+    else if (line)
+        line->abandon();
     return run;
 }
 
