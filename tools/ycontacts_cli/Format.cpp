@@ -7,10 +7,15 @@
 namespace ycontacts_cli::format {
 
 std::string count(std::int64_t value) {
-    const bool negative = value < 0;
-    std::string digits = std::to_string(negative ? -value : value);
-    for (int at = static_cast<int>(digits.size()) - 3; at > 0; at -= 3) digits.insert(static_cast<std::size_t>(at), ",");
-    return negative ? "-" + digits : digits;
+    const std::string digits = std::to_string(value);
+    const std::size_t first = value < 0 ? 1 : 0;
+    // Built by appending: inserting into the string trips a false GCC 12 -Wrestrict warning at -O2.
+    std::string text(digits, 0, first);
+    for (std::size_t i = first; i < digits.size(); ++i) {
+        if (i > first && (digits.size() - i) % 3 == 0) text += ',';
+        text += digits[i];
+    }
+    return text;
 }
 
 std::string duration(double seconds) {
