@@ -194,6 +194,10 @@ std::string tallyText(const SyncTally& tally) {
 int runDemo(const DemoOptions& options) {
     configureLogging(options.verbose);
     const Narration narrate(options.json);
+    const auto interrupted = [] {
+        problem("interrupted", exitFailed);
+        return Interrupt::exitStatus();
+    };
     Json report;
 
     // Where the contacts go.
@@ -243,7 +247,7 @@ int runDemo(const DemoOptions& options) {
     const std::int64_t expected = serverPersonal + serverOrg;
     auto line = options.json ? nullptr : std::make_shared<ProgressLine>(stdout, expected);
     const SyncRun initial = SyncRun::perform(SyncRun::Kind::reset, yuid, yoid, line, syncIdleTimeout);
-    if (initial.outcome == SyncWatcher::Outcome::interrupted) return Interrupt::exitStatus();
+    if (initial.outcome == SyncWatcher::Outcome::interrupted) return interrupted();
     if (initial.outcome != SyncWatcher::Outcome::completed) {
         return problem(std::string("the initial download ") +
                            (initial.outcome == SyncWatcher::Outcome::stalled ? "stalled" : "failed") + " (" +
@@ -280,7 +284,7 @@ int runDemo(const DemoOptions& options) {
     std::vector<double> typeaheadTimes;
     Json typeahead = Json::array();
     for (const auto& text : typed) {
-        if (Interrupt::requested()) return Interrupt::exitStatus();
+        if (Interrupt::requested()) return interrupted();
         const auto result = searchContacts(yuid, yoid, text, shownResults, RequestType::local);
         if (!result.answered || !result.records) {
             allChecksPassed = false;
@@ -310,7 +314,7 @@ int runDemo(const DemoOptions& options) {
     std::vector<double> suggestionTimes;
     Json suggestions = Json::array();
     for (const auto& text : suggestionTexts) {
-        if (Interrupt::requested()) return Interrupt::exitStatus();
+        if (Interrupt::requested()) return interrupted();
         const auto result = suggest(yuid, yoid, text, shownResults);
         if (!result.answered || !result.records) {
             allChecksPassed = false;
@@ -347,7 +351,7 @@ int runDemo(const DemoOptions& options) {
         narrate.say("  \"%s\" no answer from the server\n", serverText.c_str());
         report["serverSearch"] = Json{{"query", serverText}, {"results", nullptr}};
     }
-    if (Interrupt::requested()) return Interrupt::exitStatus();
+    if (Interrupt::requested()) return interrupted();
 
     // 5. Another device changes contacts on the server; an incremental sync brings exactly those changes.
     const ServerChanges changes = changeOnServer(server, yuid, yoid);
@@ -356,7 +360,7 @@ int runDemo(const DemoOptions& options) {
     narrate.say("Incremental sync\n");
     auto syncLine = options.json ? nullptr : std::make_shared<ProgressLine>(stdout, std::nullopt);
     const SyncRun incremental = SyncRun::perform(SyncRun::Kind::sync, yuid, yoid, syncLine, syncIdleTimeout);
-    if (incremental.outcome == SyncWatcher::Outcome::interrupted) return Interrupt::exitStatus();
+    if (incremental.outcome == SyncWatcher::Outcome::interrupted) return interrupted();
     const auto& seen = incremental.progress;
     const bool changesMatch = incremental.outcome == SyncWatcher::Outcome::completed && !seen.initial &&
                               sameTally(seen.added, changes.added) && sameTally(seen.updated, changes.updated) &&
