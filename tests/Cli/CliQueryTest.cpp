@@ -1,0 +1,168 @@
+// Queries of a synced data directory through `ycontacts`: search, list, suggest, show and status, from the
+// local store and from the server.
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "Cli/CliTestSupport.h"
+
+namespace {
+
+using namespace cli_test;
+
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+bool startsWith(const nlohmann::json& value, const std::string& prefix) {
+    return value.is_string() && lowered(value.get<std::string>()).rfind(lowered(prefix), 0) == 0;
+}
+
+// Whether a contact in its JSON coding matches a typed prefix the way the store matches.
+bool matches(const nlohmann::json& contact, const std::string& prefix) {
+    if (startsWith(contact["firstName"], prefix) || startsWith(contact.value("lastName", nlohmann::json()), prefix) ||
+        startsWith(contact.value("nickName", nlohmann::json()), prefix))
+        return true;
+    for (const auto& email : contact["emails"])
+        if (startsWith(email["emailId"], prefix)) return true;
+    return false;
+}
+
+class CliQueryTest : public ::testing::Test {
+protected:
+    // One server and one download serve every query of the suite.
+    static void SetUpTestSuite() {
+        server = std::make_unique<sample_server::SampleContactsServer>(smallServerOptions());
+        ASSERT_GT(server->start(), 0);
+        scratch = std::make_unique<ScratchDirectory>();
+        const auto synced = runCli(std::vector<std::string>{"sync"} + serverArgs(*server) + userArgs(scratch->path()));
+        ASSERT_EQ(synced.exitStatus, 0) << synced.err;
+    }
+    static void TearDownTestSuite() {
+        scratch.reset();
+        server.reset();
+    }
+
+    static CliResult query(const std::vector<std::string>& args) { return runCli(args + userArgs(scratch->path())); }
+
+    // A personal contact of the user with an ASCII first name, to type towards.
+    static sample_server::SampleContact target() {
+        for (const auto& contact : server->contacts("u1", false)) {
+            const auto& name = contact.firstName;
+            if (contact.contactType == "user" && contact.yuid && name.size() >= 3 &&
+                std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isalpha(c); }))
+                return contact;
+        }
+        return server->contacts("u1", false).front();
+    }
+
+    static inline std::unique_ptr<sample_server::SampleContactsServer> server;
+    static inline std::unique_ptr<ScratchDirectory> scratch;
+};
+
+TEST_F(CliQueryTest, LocalSearchFindsTheContactAndOnlyMatchingOnes) {
+    const auto contact = target();
+    const std::string typed = contact.firstName.substr(0, 2);
+    const auto result = query({"search", typed, "--source", "local", "--limit", "1000", "--json"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const auto contacts = result.json();
+    ASSERT_TRUE(contacts.is_array()) << result.out;
+    bool found = false;
+    for (const auto& each : contacts) {
+        EXPECT_TRUE(matches(each, typed)) << each.dump();
+        found |= each["contactId"] == contact.contactId;
+    }
+    EXPECT_TRUE(found) << contact.contactId << " not among " << contacts.size();
+}
+
+TEST_F(CliQueryTest, LimitAndScopeNarrowTheAnswer) {
+    const auto limited = query({"list", "--limit", "7", "--json"});
+    ASSERT_EQ(limited.exitStatus, 0) << limited.err;
+    EXPECT_EQ(limited.json().size(), 7u);
+
+    const auto org = query({"list", "--scope", "org", "--limit", "1000", "--json"});
+    ASSERT_EQ(org.exitStatus, 0) << org.err;
+    EXPECT_EQ(org.json().size(), server->contacts("o1", true).size());
+    for (const auto& each : org.json()) EXPECT_EQ(each["isOrg"], true);
+}
+
+TEST_F(CliQueryTest, ServerAndBothSourcesAskTheServer) {
+    const auto contact = target();
+    const std::string typed = contact.firstName.substr(0, 3);
+    server->clearRequestLog();
+    const auto fromServer = query(std::vector<std::string>{"search", typed, "--source", "server", "--json",
+                                                           "--limit", "1000"} + serverArgs(*server));
+    ASSERT_EQ(fromServer.exitStatus, 0) << fromServer.err;
+    bool found = false;
+    for (const auto& each : fromServer.json()) found |= each["contactId"] == contact.contactId;
+    EXPECT_TRUE(found) << fromServer.out;
+    bool searched = false;
+    for (const auto& request : server->requestLog()) searched |= request.param("q") == typed;
+    EXPECT_TRUE(searched);
+
+    const auto both = query(std::vector<std::string>{"search", typed, "--source", "both", "--json"} + serverArgs(*server));
+    ASSERT_EQ(both.exitStatus, 0) << both.err;
+    EXPECT_TRUE(both.json()["local"].is_array()) << both.out;
+    EXPECT_TRUE(both.json()["server"].is_array()) << both.out;
+}
+
+TEST_F(CliQueryTest, SuggestOffersTheAddressBeingTyped) {
+    const auto contact = target();
+    const std::string address = contact.emails.front().address;
+    const std::string typed = address.substr(0, address.find('@'));
+    const auto result = query({"suggest", typed, "--json"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    bool offered = false;
+    for (const auto& suggestion : result.json()) offered |= suggestion["email"] == address;
+    EXPECT_TRUE(offered) << result.out;
+}
+
+TEST_F(CliQueryTest, ShowFindsAContactByIdAddressOrYuid) {
+    const auto contact = target();
+    for (const auto& key : std::vector<std::vector<std::string>>{{"--id", contact.contactId},
+                                                                 {"--email", contact.emails.front().address},
+                                                                 {"--contact-yuid", *contact.yuid}}) {
+        const auto result = query(std::vector<std::string>{"show", "--json"} + key);
+        ASSERT_EQ(result.exitStatus, 0) << key[0] << ": " << result.err;
+        EXPECT_EQ(result.json()["contactId"], contact.contactId) << key[0];
+        EXPECT_EQ(result.json()["firstName"], contact.firstName) << key[0];
+    }
+    const auto text = query({"show", "--id", contact.contactId});
+    ASSERT_EQ(text.exitStatus, 0) << text.err;
+    EXPECT_NE(text.out.find(contact.emails.front().address), std::string::npos) << text.out;
+}
+
+TEST_F(CliQueryTest, ShowNeedsExactlyOneKey) {
+    EXPECT_EQ(query({"show"}).exitStatus, 2);
+    EXPECT_EQ(query({"show", "--id", "1", "--email", "a@b.c"}).exitStatus, 2);
+}
+
+TEST_F(CliQueryTest, StatusReportsTheStoredCountsAndTheSyncTime) {
+    const auto result = query({"status", "--json"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const auto status = result.json();
+    EXPECT_EQ(status["personal"], server->contacts("u1", false).size());
+    EXPECT_EQ(status["org"], server->contacts("o1", true).size());
+    EXPECT_GT(status["lastUpdatedTime"].get<double>(), 0.0);
+    EXPECT_GT(status["databaseBytes"].get<std::int64_t>(), 0);
+
+    const auto unknown = runCli({"status", "--json", "--user", "nobody", "--data-dir", scratch->path().string()});
+    ASSERT_EQ(unknown.exitStatus, 0) << unknown.err;
+    EXPECT_EQ(unknown.json()["personal"], 0);
+    EXPECT_TRUE(unknown.json()["lastUpdatedTime"].is_null());
+}
+
+TEST_F(CliQueryTest, HumanSearchOutputListsIdsAndNames) {
+    const auto contact = target();
+    const auto result = query({"search", contact.firstName, "--limit", "1000"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_NE(result.out.find("from the local store"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find(contact.contactId), std::string::npos) << result.out;
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+// `ycontacts serve` and `ycontacts demo` as a person runs them.
+
+#include <csignal>
+#include <regex>
+
+#include <httplib.h>
+
+#include <gtest/gtest.h>
+
+#include "Cli/CliTestSupport.h"
+
+namespace {
+
+using namespace cli_test;
+
+TEST(CliServeTest, AnnouncesItsAddressFirstServesAndStopsOnSigterm) {
+    CliProcess serve({"serve", "--contacts", "12", "--org-contacts", "5", "--token", "secret"});
+    const auto first = serve.readLine(std::chrono::seconds(60));
+    ASSERT_TRUE(first);
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(*first, match, std::regex(R"(listening on http://127\.0\.0\.1:(\d+))"))) << *first;
+
+    httplib::Client client("127.0.0.1", std::stoi(match[1]));
+    client.set_read_timeout(std::chrono::seconds(10));
+    const auto mine = client.Get("/api/v1/accounts/self/contacts", httplib::Headers{{"Authorization", "secret"}});
+    ASSERT_TRUE(mine);
+    EXPECT_EQ(mine->status, 200);
+    EXPECT_EQ(nlohmann::json::parse(mine->body)["total"], 12);
+    const auto refused = client.Get("/api/v1/accounts/self/contacts", httplib::Headers{{"Authorization", "token-u1"}});
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->status, 401);
+
+    serve.signal(SIGTERM);
+    EXPECT_EQ(serve.wait(std::chrono::seconds(30)), 0);
+}
+
+TEST(CliDemoTest, SmallDemoPassesItsOwnChecksAndRemovesItsTemporaryFolder) {
+    const auto result = runCli({"demo", "--contacts", "400", "--org-contacts", "150", "--json"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const auto report = result.json();
+    ASSERT_TRUE(report.is_object()) << result.out;
+    EXPECT_EQ(report["passed"], true);
+    EXPECT_EQ(report["initialSync"]["stored"], (nlohmann::json{{"personal", 400}, {"org", 150}}));
+    EXPECT_EQ(report["incrementalSync"]["added"], report["changes"]["added"]);
+    EXPECT_EQ(report["incrementalSync"]["deleted"], report["changes"]["deleted"]);
+    EXPECT_EQ(report["incrementalSync"]["storeAgrees"], true);
+    EXPECT_EQ(report["typeahead"].size(), 5u);
+    EXPECT_EQ(report["dataDirKept"], false);
+    EXPECT_FALSE(std::filesystem::exists(report["dataDir"].get<std::string>()));
+}
+
+TEST(CliDemoTest, DemoKeepsAGivenDataDirectoryThatLaterCommandsRead) {
+    ScratchDirectory scratch;
+    const auto dataDir = scratch.path() / "demo";
+    const auto result =
+        runCli({"demo", "--contacts", "200", "--org-contacts", "60", "--json", "--data-dir", dataDir.string()});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const auto status = runCli(std::vector<std::string>{"status", "--json"} + userArgs(dataDir));
+    ASSERT_EQ(status.exitStatus, 0) << status.err;
+    const auto changes = result.json()["changes"];
+    EXPECT_EQ(status.json()["personal"], 200 + changes["added"]["personal"].get<int>() -
+                                             changes["deleted"]["personal"].get<int>());
+}
+
+}  // namespace
