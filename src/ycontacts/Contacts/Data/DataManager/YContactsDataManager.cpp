@@ -66,15 +66,17 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
           },
           contactsBatchFetchLimit)),
       queue_("YContactsQueue") {
-    // Blocks and timer actions run only while queue_ lives, and queue_ goes first in destruction, so `this`
-    // is valid in them. The action holds the object weakly through weak_from_this(), which it reads only
-    // once a user has been started: that start came after the owner's shared_ptr was made, so the read
-    // cannot race with the shared_ptr filling it in. With no user started there is nothing to sync.
+    // Blocks run only while queue_ lives, and queue_ goes first in destruction, so `this` is valid in them.
+    // Timer actions reach the object through the owner box rather than a shared_ptr: a strong reference
+    // taken on the queue's thread could be the last one, and the object would then be destroyed on the
+    // thread its own queue must join.
     queue_.async([this] {
-        syncTime_ = queue_.scheduleTimer(std::chrono::duration<double>(intervals_.syncTimeInterval), true, [this] {
-            if (startedYuids_.read([](const YuidList& yuids) { return yuids.empty(); })) return;
-            if (auto self = weak_from_this().lock()) self->startScheduledSync();
-        });
+        syncTime_ = queue_.scheduleTimer(std::chrono::duration<double>(intervals_.syncTimeInterval), true,
+                                         [owner = timerOwner_] {
+                                             owner->read([](YContactsDataManager* manager) {
+                                                 if (manager) manager->startScheduledSync();
+                                             });
+                                         });
     });
 }
 
@@ -130,13 +132,14 @@ std::optional<double> YContactsDataManager::lastUpdatedTime(const std::string& y
 }
 
 void YContactsDataManager::restartInMemoryTimer() {
-    // Called from a query on the caller's thread, so the object is already in its shared_ptr.
-    queue_.async([this, weak = weak_from_this()] {
+    queue_.async([this] {
         if (destroyTimer_) destroyTimer_->invalidate();
-        destroyTimer_ =
-            queue_.scheduleTimer(std::chrono::duration<double>(intervals_.destroyInMemoryInterval), true, [weak] {
-                if (auto self = weak.lock()) self->destroyInMemory();
-            });
+        destroyTimer_ = queue_.scheduleTimer(std::chrono::duration<double>(intervals_.destroyInMemoryInterval), true,
+                                             [owner = timerOwner_] {
+                                                 owner->read([](YContactsDataManager* manager) {
+                                                     if (manager) manager->destroyInMemory();
+                                                 });
+                                             });
     });
 }
 
