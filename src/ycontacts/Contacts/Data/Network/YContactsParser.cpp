@@ -116,6 +116,36 @@ void readLists(object dict, YContact& contact) {
     contact.categories = std::move(categories);
 }
 
+// An add or delete reply: "status" "success" is an accepted change; an error reply carries its status code.
+YUpdateContactNetworkResponse readUpdateReply(const YContactsParserContract::Body& data, bool withIds) {
+    auto body = readBody(data);
+    if (!body) return YUpdateContactNetworkResponse::getResponse(YContactError::parserError);
+    const auto root = body->root();
+    const auto status = text(root, "status");
+    if (status != "success") {
+        const auto code = integer(root, "status_code");
+        Logger::shared().warning("Contact change refused, status: " + status.value_or("none") +
+                                 " code: " + std::to_string(code.value_or(0)));
+        return YUpdateContactNetworkResponse::getResponse(code == 401 || code == 403
+                                                              ? YContactError::authorizationError
+                                                              : YContactError::unknownError);
+    }
+    YUpdateContactNetworkResponse response;
+    response.successResponse = status;
+    if (withIds) {
+        std::vector<std::string> ids;
+        simdjson::dom::array array;
+        if (!root["contact_ids"].get_array().get(array)) {
+            for (element entry : array) {
+                std::string_view id;
+                if (!entry.get_string().get(id)) ids.emplace_back(id);
+            }
+        }
+        response.contactIds = std::move(ids);
+    }
+    return response;
+}
+
 }  // namespace
 
 YContactsParser::ContactsDict YContactsParser::getContactsDict(object root) {
@@ -263,6 +293,37 @@ std::optional<YContactUsageCountNetworkResponse> YContactsParser::parseContactUs
     YContactUsageCountNetworkResponse response;
     response.usageCountDetails = std::move(counts);
     return response;
+}
+
+YCategoryNetworkResponse YContactsParser::parseFetchCategories(const Body& data) const {
+    auto body = readBody(data);
+    simdjson::dom::array entries;
+    if (!body || body->root()["categories"].get_array().get(entries)) {
+        Logger::shared().warning("Categories reply not read: it has no \"categories\" list");
+        return YCategoryNetworkResponse::get(YContactError::parserError);
+    }
+    std::vector<YContactCategory> categories;
+    for (element entry : entries) {
+        object item;
+        if (entry.get_object().get(item)) continue;
+        auto categoryId = text(item, "category_id");
+        if (!categoryId) continue;
+        YContactCategory category(std::move(categoryId));
+        category.categoryName = text(item, "category_name");
+        category.isDeleted = text(item, "deleted");
+        categories.push_back(std::move(category));
+    }
+    YCategoryNetworkResponse response;
+    response.categories = std::move(categories);
+    return response;
+}
+
+YUpdateContactNetworkResponse YContactsParser::parseUpdateContacts(const Body& data) const {
+    return readUpdateReply(data, true);
+}
+
+YUpdateContactNetworkResponse YContactsParser::parseDeleteContacts(const Body& data) const {
+    return readUpdateReply(data, false);
 }
 
 YContact::URLType YContactsParser::getUrlType(std::string_view value) {

@@ -35,6 +35,9 @@ public:
     std::optional<std::vector<YContact>> parseContacts(const YContactsHost& host, const Body& data,
                                                        bool isOrg) const override;
     std::optional<YContactUsageCountNetworkResponse> parseContactUsageCount(const Body& data) const override;
+    YCategoryNetworkResponse parseFetchCategories(const Body& data) const override;
+    YUpdateContactNetworkResponse parseUpdateContacts(const Body& data) const override;
+    YUpdateContactNetworkResponse parseDeleteContacts(const Body& data) const override;
 
     // Reads the envelope of a parsed body; the elements stay valid as long as `root`'s document does.
     static ContactsDict getContactsDict(simdjson::dom::object root);
