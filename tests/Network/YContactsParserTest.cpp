@@ -6,6 +6,7 @@
 
 #include <random>
 #include <string>
+#include <thread>
 
 namespace ycontacts {
 namespace {
@@ -256,6 +257,39 @@ TEST(YContactsParserTest, AddAndDeleteRepliesGiveStatusIdsOrTheRefusal) {
             EXPECT_FALSE(reply.contactIds) << body;
         }
     }
+}
+
+TEST(YContactsParserTest, ThreadsReadingAtOnceEachGetTheirOwnPage) {
+    const YContactsParser parser;
+    constexpr int threads = 4;
+    // Pages of different sizes, so that a parser shared between threads would mix them up.
+    auto pageOf = [](int thread) {
+        std::string body = R"({"has_more":false,"contacts":[)";
+        for (int index = 0; index <= thread * 20; ++index) {
+            if (index > 0) body += ",";
+            body += R"({"contact_id":"t)" + std::to_string(thread) + "-" + std::to_string(index) +
+                    R"(","first_name":"N","notes":")" + std::string(static_cast<std::size_t>(index % 7) * 30, 'x') +
+                    R"("})";
+        }
+        return body + "]}";
+    };
+    std::vector<std::thread> workers;
+    std::vector<int> mismatches(threads, 0);
+    for (int thread = 0; thread < threads; ++thread) {
+        workers.emplace_back([&, thread] {
+            const auto body = bytes(pageOf(thread));
+            for (int round = 0; round < 200; ++round) {
+                const auto page = parser.parseSyncContacts(host, body, false, std::nullopt);
+                const auto found = page ? ids(page->newContacts) : std::vector<std::string>{};
+                if (found.size() != static_cast<std::size_t>(thread * 20 + 1) ||
+                    found.back() != "t" + std::to_string(thread) + "-" + std::to_string(thread * 20)) {
+                    ++mismatches[static_cast<std::size_t>(thread)];
+                }
+            }
+        });
+    }
+    for (auto& worker : workers) worker.join();
+    EXPECT_EQ(mismatches, std::vector<int>(threads, 0));
 }
 
 // Keeps thousands of expected warnings off the console.
