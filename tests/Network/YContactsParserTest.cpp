@@ -6,6 +6,7 @@
 
 #include <random>
 #include <string>
+#include <thread>
 
 namespace ycontacts {
 namespace {
@@ -205,6 +206,100 @@ TEST(YContactsParserTest, UsageCountsKeepOnlyTextIdsWithIntegerCounts) {
     EXPECT_EQ(counts->usageCountDetails, (std::map<std::string, std::string>{{"100017", "58"}, {"6", "-2"}}));
     EXPECT_FALSE(parser.parseContactUsageCount(bytes(R"({"ids":[]})")));
     EXPECT_FALSE(parser.parseContactUsageCount(std::nullopt));
+}
+
+TEST(YContactsParserTest, CategoriesKeepTextIdsAndTheDeletedFlagAsText) {
+    const YContactsParser parser;
+    auto reply = parser.parseFetchCategories(bytes(R"({"categories":[
+        {"category_id":"101","category_name":"Friends","deleted":"false"},{"category_id":102,"category_name":"X"},
+        {"category_id":"103","deleted":true},"104",{"category_id":"105","category_name":null}]})"));
+    EXPECT_FALSE(reply.error);
+    ASSERT_TRUE(reply.categories);
+    ASSERT_EQ(reply.categories->size(), 3u);
+    EXPECT_EQ(reply.categories->at(0).categoryId, "101");
+    EXPECT_EQ(reply.categories->at(0).categoryName, "Friends");
+    EXPECT_EQ(reply.categories->at(0).isDeleted, "false");
+    EXPECT_EQ(reply.categories->at(1).categoryId, "103");
+    EXPECT_FALSE(reply.categories->at(1).isDeleted);  // a boolean is not the server's text flag
+    EXPECT_FALSE(reply.categories->at(2).categoryName);
+
+    for (const auto* body : {R"({"errors":[{"message":"x"}],"status_code":401})", R"({"categories":{}})", "[]"}) {
+        auto unreadable = parser.parseFetchCategories(bytes(body));
+        EXPECT_EQ(unreadable.error, YContactError::parserError) << body;
+        EXPECT_FALSE(unreadable.categories) << body;
+    }
+    EXPECT_EQ(parser.parseFetchCategories(std::nullopt).error, YContactError::parserError);
+}
+
+TEST(YContactsParserTest, AddAndDeleteRepliesGiveStatusIdsOrTheRefusal) {
+    const YContactsParser parser;
+    auto added = parser.parseUpdateContacts(bytes(R"({"status":"success","contact_ids":["100301",7,"100302"]})"));
+    EXPECT_FALSE(added.error);
+    EXPECT_EQ(added.successResponse, "success");
+    EXPECT_EQ(added.contactIds, (std::vector<std::string>{"100301", "100302"}));
+    auto deleted = parser.parseDeleteContacts(bytes(R"({"status":"success"})"));
+    EXPECT_FALSE(deleted.error);
+    EXPECT_EQ(deleted.successResponse, "success");
+    EXPECT_FALSE(deleted.contactIds);
+
+    const std::vector<std::pair<std::string, YContactError>> refusals = {
+        {R"({"errors":[{"message":"invalid authorization"}],"status_code":401})", YContactError::authorizationError},
+        {R"({"errors":[{"message":"forbidden"}],"status_code":403})", YContactError::authorizationError},
+        {R"({"errors":[{"message":"bad"}],"status_code":400})", YContactError::unknownError},
+        {R"({"status":"failure"})", YContactError::unknownError},
+        {R"({"status":"succ)", YContactError::parserError},
+        {"", YContactError::parserError},
+    };
+    for (const auto& [body, error] : refusals) {
+        for (const auto& reply : {parser.parseUpdateContacts(bytes(body)), parser.parseDeleteContacts(bytes(body))}) {
+            EXPECT_EQ(reply.error, error) << body;
+            EXPECT_FALSE(reply.successResponse) << body;
+            EXPECT_FALSE(reply.contactIds) << body;
+        }
+    }
+}
+
+TEST(YContactsParserTest, ThreadsReadingAtOnceEachGetTheirOwnPage) {
+    const YContactsParser parser;
+    constexpr int threads = 4;
+    // Built by appending: GCC 12 misreads `"literal" + std::string` here as an overlapping copy.
+    auto idOf = [](int thread, int index) {
+        std::string id = "t";
+        id += std::to_string(thread);
+        id += '-';
+        id += std::to_string(index);
+        return id;
+    };
+    // Pages of different sizes, so that a parser shared between threads would mix them up.
+    auto pageOf = [&](int thread) {
+        std::string body = R"({"has_more":false,"contacts":[)";
+        for (int index = 0; index <= thread * 20; ++index) {
+            if (index > 0) body += ",";
+            body += R"({"contact_id":")";
+            body += idOf(thread, index);
+            body += R"(","first_name":"N","notes":")";
+            body += std::string(static_cast<std::size_t>(index % 7) * 30, 'x');
+            body += R"("})";
+        }
+        return body + "]}";
+    };
+    std::vector<std::thread> workers;
+    std::vector<int> mismatches(threads, 0);
+    for (int thread = 0; thread < threads; ++thread) {
+        workers.emplace_back([&, thread] {
+            const auto body = bytes(pageOf(thread));
+            for (int round = 0; round < 200; ++round) {
+                const auto page = parser.parseSyncContacts(host, body, false, std::nullopt);
+                const auto found = page ? ids(page->newContacts) : std::vector<std::string>{};
+                if (found.size() != static_cast<std::size_t>(thread * 20 + 1) ||
+                    found.back() != idOf(thread, thread * 20)) {
+                    ++mismatches[static_cast<std::size_t>(thread)];
+                }
+            }
+        });
+    }
+    for (auto& worker : workers) worker.join();
+    EXPECT_EQ(mismatches, std::vector<int>(threads, 0));
 }
 
 // Keeps thousands of expected warnings off the console.

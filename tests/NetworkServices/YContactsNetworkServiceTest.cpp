@@ -2,132 +2,398 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <future>
+#include <map>
+#include <mutex>
+#include <thread>
 
 #include "Platform/YNetworkManager/NetworkTestServers.h"
 #include "Support/FakeAuthentication.h"
+#include "Support/LogCapture.h"
 #include "Support/Waiting.h"
+#include "sample_server/SampleContactsServer.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
+#include "ycontacts/Platform/MarloComponents/Logger.h"
 
 namespace ycontacts {
 namespace {
 
 using testsupport::becomesReady;
 using testsupport::FakeAuthentication;
-using testing::LocalHTTPServer;
+using testsupport::LogCapture;
+using sample_server::Fault;
+using sample_server::SampleContact;
+using sample_server::SampleContactsServer;
+using sample_server::SampleServerOptions;
 
-constexpr const char* pageBody =
-    R"({"contacts":[{"contact_id":"1","first_name":"Ann","created_time":500},)"
-    R"({"contact_id":"2","first_name":"Bo","created_time":1500},{"contact_id":"3","is_deleted":true}],"has_more":true})";
+// Waits for a condition that another thread makes true; false when it does not happen in time.
+template <class Condition>
+bool eventually(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + testsupport::waitLimit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
 
-// A contacts server that accepts only "token-u1" and serves one page to every contacts path.
-void serveContacts(httplib::Server& server, LocalHTTPServer& self) {
-    auto contacts = [&self](const httplib::Request& request, httplib::Response& response) {
-        self.record(request);
-        if (request.get_header_value("Authorization") != "token-u1") {
-            response.status = 401;
-            response.set_content(R"({"errors":[{"message":"invalid authorization"}],"status_code":401})",
-                                 "application/json");
-            return;
+std::vector<std::string> idsOf(const std::optional<std::vector<YContact>>& contacts) {
+    std::vector<std::string> ids;
+    if (contacts) {
+        for (const auto& contact : *contacts) ids.push_back(contact.contactId);
+    }
+    return ids;
+}
+
+// The parsed contact against the server's own record of it: every field the wire carries must survive.
+void expectSameContact(const SampleContact& expected, const YContact& actual, bool isOrg) {
+    SCOPED_TRACE("contact " + expected.contactId);
+    EXPECT_EQ(actual.contactId, expected.contactId);
+    EXPECT_EQ(actual.firstName, expected.firstName);
+    EXPECT_EQ(actual.middleName, expected.middleName);
+    EXPECT_EQ(actual.lastName, expected.lastName);
+    EXPECT_EQ(actual.nickName, expected.nickName);
+    EXPECT_EQ(actual.displayName, expected.displayName);
+    EXPECT_EQ(actual.createdTime, expected.createdTimeMs);
+    EXPECT_EQ(actual.weightage, expected.usageCount);
+    EXPECT_EQ(toRawValue(actual.type), expected.contactType);
+    EXPECT_EQ(actual.contactYuid, expected.yuid);
+    EXPECT_EQ(actual.isOrg, isOrg);
+    EXPECT_EQ(actual.hasPhoto, expected.hasPhoto);
+    EXPECT_EQ(actual.photoURL.has_value(), expected.hasPhoto);
+    EXPECT_EQ(actual.isEditable, expected.isEditable);
+    EXPECT_EQ(actual.notes, expected.notes);
+    ASSERT_EQ(actual.emails.size(), expected.emails.size());
+    for (std::size_t i = 0; i < expected.emails.size(); ++i) {
+        EXPECT_EQ(actual.emails[i].emailId, expected.emails[i].address);
+        EXPECT_EQ(actual.emails[i].isPrimary, expected.emails[i].isPrimary);
+        if (expected.emails[i].isPrimary) {
+            EXPECT_EQ(actual.primaryEmail, actual.emails[i]);
         }
-        response.set_content(pageBody, "application/json");
-    };
-    server.Get("/api/v1/accounts/self/contacts", contacts);
-    server.Get("/api/v1/sync/org/contacts", contacts);
-    server.Get("/api/v2/accounts/u1/contacts/ids", [&self](const httplib::Request& request, httplib::Response& response) {
-        self.record(request);
-        response.set_content(R"({"contacts":[{"contact_id":"2","usage_count":8}]})", "application/json");
-    });
+    }
+    ASSERT_EQ(actual.phones.size(), expected.phones.size());
+    for (std::size_t i = 0; i < expected.phones.size(); ++i) {
+        EXPECT_EQ(actual.phones[i].phoneNumber, expected.phones[i].value);
+        EXPECT_EQ(toRawValue(actual.phones[i].phoneType), expected.phones[i].type);
+    }
+    ASSERT_EQ(actual.urls.size(), expected.urls.size());
+    for (std::size_t i = 0; i < expected.urls.size(); ++i) EXPECT_EQ(actual.urls[i].url, expected.urls[i].value);
+    ASSERT_EQ(actual.IMs.size(), expected.ims.size());
+    for (std::size_t i = 0; i < expected.ims.size(); ++i) EXPECT_EQ(actual.IMs[i].imLink, expected.ims[i].value);
+    ASSERT_TRUE(actual.categories);
+    ASSERT_EQ(actual.categories->size(), expected.categories.size());
+    for (std::size_t i = 0; i < expected.categories.size(); ++i) {
+        EXPECT_EQ(actual.categories->at(i).categoryId, expected.categories[i]);
+    }
+    EXPECT_EQ(actual.address.has_value(), expected.address.has_value());
+    if (actual.address && expected.address) {
+        EXPECT_EQ(actual.address->city.value_or(""), expected.address->city);
+        EXPECT_EQ(actual.address->postalCode.value_or(""), expected.address->postalCode);
+    }
+    const bool hasWork = expected.company || expected.jobTitle || expected.designation || expected.workAddress;
+    ASSERT_EQ(actual.workInfo.has_value(), hasWork);
+    if (hasWork) {
+        EXPECT_EQ(actual.workInfo->company, expected.company);
+        EXPECT_EQ(actual.workInfo->jobTitle, expected.jobTitle);
+    }
+    EXPECT_EQ(actual.birthMonth, expected.birthday ? std::optional<int>(expected.birthday->month) : std::nullopt);
+    EXPECT_EQ(actual.birthYear, expected.birthday ? expected.birthday->year : std::nullopt);
+}
+
+// u1 belongs to organisation o1; u2 has no organisation.
+SampleServerOptions serverOptions() {
+    SampleServerOptions options;
+    options.users = 2;
+    options.usersWithoutOrg = 1;
+    options.personalContactsPerUser = 120;
+    options.orgContactsPerOrg = 80;
+    return options;
 }
 
 class YContactsNetworkServiceTest : public ::testing::Test {
 protected:
-    std::shared_ptr<YContactsNetworkService> makeService() {
-        return std::make_shared<YContactsNetworkService>(authentication, std::make_shared<YContactsURLConstructor>(),
-                                                         std::make_shared<YContactsParser>());
+    void SetUp() override {
+        ASSERT_GT(server.start(), 0);
+        authentication->set("u1", "token-u1", YContactsHost::idc(server.baseURL()));
+        authentication->set("u2", "token-u2", YContactsHost::idc(server.baseURL()));
     }
-    std::string base() const { return "http://127.0.0.1:" + std::to_string(server.port()); }
 
-    LocalHTTPServer server{serveContacts};
+    std::optional<YContactNetworkResponse> page(const std::string& yuid, const std::optional<std::string>& yoid,
+                                                bool isOrg, int startIndex, int limit,
+                                                std::optional<double> updatedTime) {
+        std::promise<std::optional<YContactNetworkResponse>> promise;
+        auto future = promise.get_future();
+        service->getContacts(yuid, yoid, isOrg, startIndex, limit, updatedTime,
+                             [&promise](std::optional<YContactNetworkResponse> response) {
+                                 promise.set_value(std::move(response));
+                             });
+        return becomesReady(future) ? future.get() : std::nullopt;
+    }
+    std::optional<std::vector<YContact>> search(const std::string& yuid, const std::string& text) {
+        std::promise<std::optional<std::vector<YContact>>> promise;
+        auto future = promise.get_future();
+        service->searchContacts(yuid, std::nullopt, false, 50, text,
+                                [&promise](std::optional<std::vector<YContact>> contacts) {
+                                    promise.set_value(std::move(contacts));
+                                });
+        return becomesReady(future) ? future.get() : std::nullopt;
+    }
+    std::optional<YContactUsageCountNetworkResponse> usageCounts(const std::string& yuid) {
+        std::promise<std::optional<YContactUsageCountNetworkResponse>> promise;
+        auto future = promise.get_future();
+        service->getContactUsageCount(yuid, [&promise](auto response) { promise.set_value(std::move(response)); });
+        return becomesReady(future) ? future.get() : std::nullopt;
+    }
+
+    SampleContactsServer server{serverOptions()};
     std::shared_ptr<FakeAuthentication> authentication = std::make_shared<FakeAuthentication>();
+    std::shared_ptr<YContactsNetworkService> service = std::make_shared<YContactsNetworkService>(
+        authentication, std::make_shared<YContactsURLConstructor>(), std::make_shared<YContactsParser>());
 };
 
-std::optional<YContactNetworkResponse> fetchPage(YContactsNetworkService& service, const std::string& yuid,
-                                                 bool isOrg, std::optional<double> updatedTime, bool& answered) {
-    std::promise<std::optional<YContactNetworkResponse>> promise;
-    auto future = promise.get_future();
-    service.getContacts(yuid, std::nullopt, isOrg, 2, 100, updatedTime,
-                        [&promise](std::optional<YContactNetworkResponse> response) { promise.set_value(response); });
-    answered = becomesReady(future);
-    return answered ? future.get() : std::nullopt;
-}
+TEST_F(YContactsNetworkServiceTest, FullDownloadPagesCoverEveryContactOnceWithAllItsFields) {
+    const auto expected = server.contacts("u1", false);
+    ASSERT_EQ(expected.size(), 120u);
 
-TEST_F(YContactsNetworkServiceTest, FullAndIncrementalPagesComeBackParsedAndUnregistered) {
-    authentication->headers["u1"] = "token-u1";
-    authentication->hosts.emplace("u1", YContactsHost::idc(base()));
-    auto service = makeService();
+    std::vector<YContact> downloaded;
+    std::vector<bool> hasMore;
+    for (int index = 1; index <= 3; ++index) {
+        auto response = page("u1", std::nullopt, false, index, 50, std::nullopt);
+        ASSERT_TRUE(response);
+        EXPECT_FALSE(response->error);
+        // A full download has nothing to split: everything is new.
+        EXPECT_FALSE(response->updatedContacts);
+        EXPECT_FALSE(response->deletedContacts);
+        ASSERT_TRUE(response->newContacts);
+        EXPECT_EQ(response->count, static_cast<int>(response->newContacts->size()));
+        hasMore.push_back(response->hasMore);
+        downloaded.insert(downloaded.end(), response->newContacts->begin(), response->newContacts->end());
+    }
+    EXPECT_EQ(hasMore, (std::vector<bool>{true, true, false}));
+    ASSERT_EQ(downloaded.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(expected[i], downloaded[i], false);
 
-    bool answered = false;
-    auto full = fetchPage(*service, "u1", false, std::nullopt, answered);
-    ASSERT_TRUE(answered);
-    ASSERT_TRUE(full);
-    EXPECT_FALSE(full->error);
-    EXPECT_TRUE(full->hasMore);
-    EXPECT_EQ(full->count, 3);
+    const auto log = server.requestLog();
+    ASSERT_EQ(log.size(), 3u);
+    EXPECT_EQ(log[0].path, "/api/v1/accounts/self/contacts");
+    EXPECT_EQ(log[0].authorization, "token-u1");
+    EXPECT_EQ(log[2].param("page"), "3");
+    EXPECT_EQ(log[2].param("per_page"), "50");
+    EXPECT_FALSE(log[0].hasParam("filter_updated_time"));
     EXPECT_EQ(service->taskIds("u1"), std::vector<std::int64_t>{});
 
-    auto sync = fetchPage(*service, "u1", true, 1000.0, answered);
-    ASSERT_TRUE(answered);
-    ASSERT_TRUE(sync && sync->newContacts && sync->updatedContacts && sync->deletedContacts);
-    EXPECT_EQ(sync->newContacts->at(0).contactId, "2");
-    EXPECT_TRUE(sync->newContacts->at(0).isOrg);
-    EXPECT_EQ(sync->updatedContacts->at(0).contactId, "1");
-    EXPECT_EQ(*sync->deletedContacts, std::vector<std::string>{"3"});
-
-    const auto seen = server.seen();
-    ASSERT_EQ(seen.size(), 2u);
-    EXPECT_EQ(seen[0].target, "/api/v1/accounts/self/contacts?"
-                              "include=emails%2Cphones%2Curls%2Cusage_count%2Ccategories&page=2&per_page=100");
-    EXPECT_EQ(seen[1].path, "/api/v1/sync/org/contacts");
-    EXPECT_NE(seen[1].target.find("show_deleted"), std::string::npos);
-    EXPECT_NE(seen[1].target.find("filter_updated_time=1000"), std::string::npos);
+    // Past the end: an empty, final page.
+    auto beyond = page("u1", std::nullopt, false, 9, 50, std::nullopt);
+    ASSERT_TRUE(beyond && beyond->newContacts);
+    EXPECT_FALSE(beyond->error);
+    EXPECT_TRUE(beyond->newContacts->empty());
+    EXPECT_FALSE(beyond->hasMore);
 }
 
-TEST_F(YContactsNetworkServiceTest, WrongTokenAndUnreachableServerGiveNoPage) {
-    authentication->headers["u1"] = "token-someone-else";
-    authentication->hosts.emplace("u1", YContactsHost::idc(base()));
-    authentication->headers["u2"] = "token-u1";
-    authentication->hosts.emplace("u2", YContactsHost::idc("http://127.0.0.1:" +
-                                                           std::to_string(testing::closedLoopbackPort())));
-    auto service = makeService();
+TEST_F(YContactsNetworkServiceTest, OrganisationPagesThroughDirectAndProxyHostsAreMarkedOrg) {
+    const auto expected = server.contacts("o1", true);
+    ASSERT_EQ(expected.size(), 80u);
+    auto direct = page("u1", std::string("o1"), true, 1, 1000, std::nullopt);
+    ASSERT_TRUE(direct && direct->newContacts);
+    ASSERT_EQ(direct->newContacts->size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(expected[i], direct->newContacts->at(i), true);
 
-    bool answered = false;
-    EXPECT_FALSE(fetchPage(*service, "u1", false, std::nullopt, answered));
-    EXPECT_TRUE(answered);
-    EXPECT_EQ(server.seen().at(0).header("Authorization"), "token-someone-else");
-    EXPECT_FALSE(fetchPage(*service, "u2", false, std::nullopt, answered));
-    EXPECT_TRUE(answered);
-    EXPECT_EQ(service->taskIds("u2"), std::vector<std::int64_t>{});
+    authentication->set("u1", "token-u1", YContactsHost::proxy(server.baseURL()));
+    auto proxied = page("u1", std::string("o1"), true, 1, 1000, std::nullopt);
+    ASSERT_TRUE(proxied && proxied->newContacts);
+    EXPECT_FALSE(proxied->error);
+    EXPECT_EQ(idsOf(proxied->newContacts), idsOf(direct->newContacts));
+    const auto log = server.requestLog();
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[1].path, "/yct/getContactsList");
+    EXPECT_EQ(log[1].param("yid"), "o1");
+
+    // A user without an organisation gets the not-found reply (HTTP 404): an empty, final page, no error.
+    auto none = page("u2", std::nullopt, true, 1, 1000, std::nullopt);
+    ASSERT_TRUE(none);
+    EXPECT_FALSE(none->error);
+    EXPECT_FALSE(none->hasMore);
+    EXPECT_EQ(none->count, 0);
+}
+
+TEST_F(YContactsNetworkServiceTest, IncrementalPageSplitsNewUpdatedAndDeletedContacts) {
+    const auto existing = server.contacts("u1", false);
+    const auto since = server.clockMs();
+
+    SampleContact added;
+    added.firstName = "Zoë";
+    added.lastName = "O'Brien";
+    added.emails.push_back({"zoe.obrien@example.com", true});
+    const auto addedId = server.addContact("u1", false, added);
+    ASSERT_TRUE(addedId);
+    auto edited = existing[3];
+    edited.firstName = "Ångström";
+    ASSERT_TRUE(server.updateContact("u1", false, edited));
+    ASSERT_TRUE(server.deleteContact("u1", false, existing[7].contactId));
+
+    auto response = page("u1", std::nullopt, false, 1, 1000, static_cast<double>(since) + 0.75);
+    ASSERT_TRUE(response);
+    EXPECT_FALSE(response->error);
+    EXPECT_FALSE(response->hasMore);
+    EXPECT_EQ(idsOf(response->newContacts), std::vector<std::string>{*addedId});
+    EXPECT_EQ(response->newContacts->at(0).lastName, "O'Brien");
+    ASSERT_EQ(idsOf(response->updatedContacts), std::vector<std::string>{edited.contactId});
+    EXPECT_EQ(response->updatedContacts->at(0).firstName, "Ångström");
+    EXPECT_EQ(response->deletedContacts, std::vector<std::string>{existing[7].contactId});
+    EXPECT_EQ(response->count, 3);
+
+    const auto log = server.requestLog();
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_EQ(log[0].path, "/api/v1/sync/self/contacts");
+    // The fraction of the sync time is dropped.
+    EXPECT_EQ(log[0].param("filter_updated_time"), std::to_string(since));
+    EXPECT_NE(log[0].param("include").find("show_deleted"), std::string::npos);
+}
+
+TEST_F(YContactsNetworkServiceTest, SearchAsksForPageOneAndUsageCountsMatchTheServer) {
+    SampleContact added;
+    added.firstName = "Quentin";
+    added.lastName = "O'Brennan-Xylo";
+    const auto addedId = server.addContact("u1", false, added);
+    ASSERT_TRUE(addedId);
+
+    auto found = search("u1", "o'brennan-x");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(idsOf(found), std::vector<std::string>{*addedId});
+    auto none = search("u1", "no-such-name-anywhere");
+    ASSERT_TRUE(none);
+    EXPECT_TRUE(none->empty());
+    const auto log = server.requestLog();
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[0].param("page"), "1");
+    EXPECT_EQ(log[0].param("q"), "o'brennan-x");
+    EXPECT_EQ(log[0].param("per_page"), "50");
+
+    auto counts = usageCounts("u1");
+    ASSERT_TRUE(counts && counts->usageCountDetails);
+    EXPECT_FALSE(counts->error);
+    std::map<std::string, std::string> expected;
+    for (const auto& [contactId, count] : server.usageCounts("u1")) expected[contactId] = std::to_string(count);
+    EXPECT_EQ(expected.size(), 121u);
+    EXPECT_EQ(*counts->usageCountDetails, expected);
+}
+
+TEST_F(YContactsNetworkServiceTest, RefusedAndUnreachableRequestsCarryTheirErrorNotAPage) {
+    LogCapture log;
+    authentication->set("intruder", "token-nobody", YContactsHost::idc(server.baseURL()));
+    authentication->set(
+        "offline", "token-u1",
+        YContactsHost::idc("http://127.0.0.1:" + std::to_string(testing::closedLoopbackPort())));
+
+    auto refused = page("intruder", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->error, YContactError::authorizationError);
+    EXPECT_FALSE(refused->newContacts);
+    EXPECT_EQ(server.requestLog().at(0).authorization, "token-nobody");
+    auto refusedCounts = usageCounts("intruder");
+    ASSERT_TRUE(refusedCounts);
+    EXPECT_EQ(refusedCounts->error, YContactError::authorizationError);
+    EXPECT_FALSE(refusedCounts->usageCountDetails);
+
+    auto unreachable = page("offline", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(unreachable);
+    EXPECT_EQ(unreachable->error, YContactError::networkFailure);
+    EXPECT_EQ(unreachable->count, 0);
+    EXPECT_FALSE(unreachable->newContacts);
+    EXPECT_EQ(service->taskIds("offline"), std::vector<std::int64_t>{});
+    // The failure is logged with the transport's no-connection code.
+    EXPECT_TRUE(log.contains(
+        {"yuid: offline", "transport code: " + std::to_string(YNetworkError::notConnectedToInternet)}));
+}
+
+TEST_F(YContactsNetworkServiceTest, ServerFaultsBecomeErrorsAndTheNotFoundEnvelopeAnEmptyPage) {
+    struct Case {
+        const char* name;
+        Fault fault;
+        std::optional<YContactError> error;
+    };
+    const std::vector<Case> cases = {
+        {"status 500", Fault{.status = 500}, YContactError::unknownError},
+        {"status 403", Fault{.status = 403}, YContactError::authorizationError},
+        {"malformed body", Fault{.malformedBody = true}, YContactError::parserError},
+        {"truncated body", Fault{.truncateBody = true}, YContactError::networkFailure},
+        {"dropped connection", Fault{.dropConnection = true}, YContactError::networkFailure},
+        {"not-found envelope with 200", Fault{.error404Envelope = true}, std::nullopt},
+    };
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        auto fault = entry.fault;
+        fault.pathContains = "/contacts";
+        server.injectFault(fault);
+        auto response = page("u1", std::nullopt, false, 1, 100, std::nullopt);
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->error, entry.error);
+        EXPECT_FALSE(response->hasMore);
+        EXPECT_EQ(response->count, 0);
+        EXPECT_FALSE(response->newContacts);
+        EXPECT_EQ(server.pendingFaults(), 0u);
+    }
+    server.injectFault(Fault{.pathContains = "/contacts/ids", .malformedBody = true});
+    auto counts = usageCounts("u1");
+    ASSERT_TRUE(counts);
+    EXPECT_EQ(counts->error, YContactError::parserError);
+    // The faults are used up: the same calls succeed again.
+    auto healthy = page("u1", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(healthy && healthy->newContacts);
+    EXPECT_EQ(healthy->newContacts->size(), 100u);
+}
+
+TEST_F(YContactsNetworkServiceTest, CancellingInFlightDeliversAFailureInsteadOfThePage) {
+    server.injectFault(Fault{.pathContains = "/contacts", .delay = std::chrono::minutes(2)});
+    std::promise<std::optional<YContactNetworkResponse>> promise;
+    auto future = promise.get_future();
+    std::atomic<int> calls = 0;
+    service->getContacts("u1", std::nullopt, false, 1, 100, std::nullopt,
+                         [&promise, &calls](std::optional<YContactNetworkResponse> response) {
+                             if (++calls == 1) promise.set_value(std::move(response));
+                         });
+    ASSERT_EQ(service->taskIds("u1")->size(), 1u);
+    // The server holds the request once it has taken the fault.
+    ASSERT_TRUE(eventually([&] { return server.pendingFaults() == 0; }));
+
+    service->cancelTasks("u1");
+    ASSERT_TRUE(becomesReady(future));
+    const auto response = future.get();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->error, YContactError::networkFailure);
+    EXPECT_FALSE(response->newContacts);
+    EXPECT_EQ(response->count, 0);
+    EXPECT_FALSE(service->taskIds("u1"));
+
+    // Other users' requests are untouched and the service keeps working.
+    auto other = page("u2", std::nullopt, false, 1, 10, std::nullopt);
+    ASSERT_TRUE(other && other->newContacts);
+    EXPECT_EQ(other->newContacts->size(), 10u);
+    server.stop();
+    EXPECT_EQ(calls, 1);
 }
 
 TEST_F(YContactsNetworkServiceTest, EarlyFailuresCarryTheirErrorAndSearchStaysSilent) {
-    authentication->headers["other"] = "token-u1";
-    authentication->hosts.emplace("other", YContactsHost::other());
-    authentication->headers["noHost"] = "token-u1";
-    auto service = makeService();
+    authentication->set("other", "token-u1", YContactsHost::other());
+    {
+        std::lock_guard lock(authentication->mutex);
+        authentication->headers["noHost"] = "token-u1";
+    }
 
-    bool answered = false;
-    auto noHeader = fetchPage(*service, "stranger", false, std::nullopt, answered);
-    ASSERT_TRUE(answered && noHeader);
+    auto noHeader = page("stranger", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(noHeader);
     EXPECT_EQ(noHeader->error, YContactError::authorizationError);
     EXPECT_EQ(noHeader->count, 0);
     EXPECT_FALSE(noHeader->newContacts);
-    auto noHost = fetchPage(*service, "noHost", false, std::nullopt, answered);
-    ASSERT_TRUE(answered && noHost);
+    auto noHost = page("noHost", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(noHost);
     EXPECT_EQ(noHost->error, YContactError::authorizationError);
-    auto noURL = fetchPage(*service, "other", false, std::nullopt, answered);
-    ASSERT_TRUE(answered && noURL);
+    auto noURL = page("other", std::nullopt, false, 1, 100, std::nullopt);
+    ASSERT_TRUE(noURL);
     EXPECT_EQ(noURL->error, YContactError::urlError);
 
     // The fake answers synchronously and nothing is sent, so any callback would have run by now.
@@ -137,7 +403,7 @@ TEST_F(YContactsNetworkServiceTest, EarlyFailuresCarryTheirErrorAndSearchStaysSi
                                 [&searchAnswers](std::optional<std::vector<YContact>>) { ++searchAnswers; });
     }
     EXPECT_EQ(searchAnswers, 0);
-    EXPECT_TRUE(server.seen().empty());
+    EXPECT_TRUE(server.requestLog().empty());
 
     std::optional<YContactUsageCountNetworkResponse> usage;
     service->getContactUsageCount("other", [&usage](auto response) { usage = response; });
@@ -145,30 +411,16 @@ TEST_F(YContactsNetworkServiceTest, EarlyFailuresCarryTheirErrorAndSearchStaysSi
     EXPECT_EQ(usage->error, YContactError::urlError);
 }
 
-TEST_F(YContactsNetworkServiceTest, SearchAsksForPageOneAndUsageCountsAreParsed) {
-    authentication->headers["u1"] = "token-u1";
-    authentication->hosts.emplace("u1", YContactsHost::idc(base()));
-    auto service = makeService();
-
-    std::promise<std::optional<std::vector<YContact>>> found;
-    auto foundFuture = found.get_future();
-    service->searchContacts("u1", std::nullopt, false, std::nullopt, std::string("an n"),
-                            [&found](std::optional<std::vector<YContact>> contacts) { found.set_value(contacts); });
-    ASSERT_TRUE(becomesReady(foundFuture));
-    const auto contacts = foundFuture.get();
-    ASSERT_TRUE(contacts);
-    EXPECT_EQ(contacts->size(), 3u);
-    EXPECT_EQ(server.seen().at(0).target,
-              "/api/v1/accounts/self/contacts?include=emails%2Cphones%2Curls%2Cusage_count%2Ccategories&page=1&q=an%20n");
-
-    std::promise<std::optional<YContactUsageCountNetworkResponse>> counted;
-    auto countedFuture = counted.get_future();
-    service->getContactUsageCount("u1", [&counted](auto response) { counted.set_value(response); });
-    ASSERT_TRUE(becomesReady(countedFuture));
-    const auto usage = countedFuture.get();
-    ASSERT_TRUE(usage && usage->usageCountDetails);
-    EXPECT_EQ(*usage->usageCountDetails, (std::map<std::string, std::string>{{"2", "8"}}));
-    EXPECT_EQ(server.seen().at(1).target, "/api/v2/accounts/u1/contacts/ids?sort=usage_count");
+TEST_F(YContactsNetworkServiceTest, WithTheClientGoneAPageRequestStillAnswers) {
+    auto client = std::make_shared<YNetworkManager>();
+    auto orphan = std::make_shared<YContactsNetworkService>(authentication, std::make_shared<YContactsURLConstructor>(),
+                                                            std::make_shared<YContactsParser>(), client);
+    client.reset();
+    std::optional<YContactNetworkResponse> answer;
+    orphan->getContacts("u1", std::nullopt, false, 1, 10, std::nullopt, [&answer](auto response) { answer = response; });
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->error, YContactError::networkFailure);
+    EXPECT_TRUE(server.requestLog().empty());
 }
 
 TEST(YContactsNetworkServiceSharedTest, FirstCallsArgumentsWin) {

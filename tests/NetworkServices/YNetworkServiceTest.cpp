@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+
+#include "Platform/PlatformTestSupport.h"
+#include "sample_server/SampleContactsServer.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 
 namespace ycontacts {
@@ -75,6 +79,72 @@ TEST(YNetworkServiceTest, EveryServiceHasItsOwnLabelledBox) {
     EXPECT_EQ(first.tasksListLabel().rfind(prefix, 0), 0u);
     EXPECT_EQ(first.tasksListLabel().size(), prefix.size() + 36);
     EXPECT_NE(first.tasksListLabel(), second.tasksListLabel());
+}
+
+// Sends through a real client but never asks it to cancel: as if every transfer had already finished by the
+// time cancelTasks reached the client, so only the registry stands between a cancelled request and its body.
+class LateCancelService : public YNetworkService, public std::enable_shared_from_this<LateCancelService> {
+public:
+    explicit LateCancelService(std::weak_ptr<YNetworkManager> client)
+        : YNetworkService(nullptr, std::make_shared<YContactsParser>(), std::move(client)) {}
+
+    void get(const std::string& yuid, const std::string& url, BodyCompletion completion) {
+        ASSERT_TRUE(sendGet(weak_from_this(), yuid, YContactsURLParameters{url, {}}, "token-u1",
+                            YRequestPriority::normal, std::move(completion)));
+    }
+
+protected:
+    void cancelTask(std::int64_t) override {}
+};
+
+struct Outcome {
+    bool hasBody = false;
+    std::optional<int> status;
+    std::optional<int> errorCode;
+};
+
+TEST(YNetworkServiceTest, ARequestCancelledAfterItsTransferFinishedDeliversNoBody) {
+    sample_server::SampleContactsServer server{sample_server::SampleServerOptions{}};
+    ASSERT_GT(server.start(), 0);
+    const auto url = server.baseURL() + "/api/v1/accounts/self/contacts";
+    // One completion thread: while the first completion blocks, every later one waits behind it.
+    auto client = std::make_shared<YNetworkManager>(YNetworkManager::Options{.completionThreads = 1});
+    auto service = std::make_shared<LateCancelService>(client);
+
+    std::promise<Outcome> blockerOutcome;
+    std::promise<void> blockerRunning;
+    std::promise<void> gate;
+    auto gateOpened = gate.get_future().share();
+    service->get("u0", url, [&](auto data, auto response, auto error) {
+        blockerRunning.set_value();
+        gateOpened.wait();
+        blockerOutcome.set_value({data.has_value(), response ? std::optional(response->statusCode) : std::nullopt,
+                                  error ? std::optional(error->code) : std::nullopt});
+    });
+    auto running = blockerRunning.get_future();
+    ASSERT_TRUE(platformtest::becomesReady(running));
+
+    std::promise<Outcome> cancelledOutcome;
+    auto cancelled = cancelledOutcome.get_future();
+    service->get("u1", url, [&](auto data, auto response, auto error) {
+        cancelledOutcome.set_value({data.has_value(), response ? std::optional(response->statusCode) : std::nullopt,
+                                    error ? std::optional(error->code) : std::nullopt});
+    });
+    service->cancelTasks("u1");
+    gate.set_value();
+
+    auto blocker = blockerOutcome.get_future();
+    ASSERT_TRUE(platformtest::becomesReady(blocker));
+    const auto delivered = blocker.get();
+    EXPECT_TRUE(delivered.hasBody);
+    EXPECT_EQ(delivered.status, 200);
+    ASSERT_TRUE(platformtest::becomesReady(cancelled));
+    const auto dropped = cancelled.get();
+    EXPECT_FALSE(dropped.hasBody);
+    EXPECT_FALSE(dropped.status);
+    EXPECT_EQ(dropped.errorCode, YNetworkError::cancelled);
+    // The server did answer it: the client finished the transfer, the registry withheld its body.
+    EXPECT_EQ(server.requestLog().size(), 2u);
 }
 
 }  // namespace

@@ -40,6 +40,15 @@ public:
                            [&](const std::string& line) { return line.find(text) != std::string::npos; });
     }
 
+    // True when one captured line contains every one of `parts`.
+    bool contains(const std::vector<std::string>& parts) const {
+        const auto lines = messages();
+        return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
+            return std::all_of(parts.begin(), parts.end(),
+                               [&](const std::string& part) { return line.find(part) != std::string::npos; });
+        });
+    }
+
     // Waits until `count` captured lines contain `text`.
     bool waitForLinesContaining(const std::string& text, std::size_t count = 1) {
         return lines_->waitUntil([&](const std::vector<std::string>& lines) {

@@ -2,8 +2,53 @@
 
 #include <mutex>
 
+#include "ycontacts/Platform/MarloComponents/Logger.h"
 
 namespace ycontacts {
+
+namespace {
+
+// Why a finished request has no body worth reading: the transport failed (a cancellation included), or the
+// server refused the user. Absent for a 2xx answer and for a 404, whose body may be the not-found envelope
+// that stands for an empty, final page.
+std::optional<YContactError> failureOf(const std::optional<YHTTPURLResponse>& response,
+                                       const std::optional<YNetworkError>& error) {
+    if (error) return YContactError::networkFailure;
+    if (!response) return YContactError::unknownError;
+    const int status = response->statusCode;
+    if (status == 401 || status == 403) return YContactError::authorizationError;
+    if ((status >= 200 && status < 300) || status == 404) return std::nullopt;
+    return YContactError::unknownError;
+}
+
+void logFailure(const std::string& call, const std::string& yuid, YContactError failure,
+                const std::optional<YHTTPURLResponse>& response, const std::optional<YNetworkError>& error) {
+    std::string detail;
+    if (error) detail = " transport code: " + std::to_string(error->code);
+    if (response) detail = " status: " + std::to_string(response->statusCode);
+    Logger::shared().warning(call + " failed yuid: " + yuid + " error: " + std::string(toRawValue(failure)) +
+                             detail);
+}
+
+// Hands a finished request's outcome to `callback`: what `parse` read from the body, or a response that
+// carries only the failure (parserError when the body could not be read).
+template <class Response, class Parse, class Callback>
+void deliver(const std::string& call, const std::string& yuid, const std::optional<YHTTPURLResponse>& response,
+             const std::optional<YNetworkError>& error, Parse parse, const Callback& callback) {
+    auto failure = failureOf(response, error);
+    std::optional<Response> parsed;
+    if (!failure) {
+        parsed = parse();
+        if (!parsed) failure = YContactError::parserError;
+    }
+    if (failure) {
+        logFailure(call, yuid, *failure, response, error);
+        return callback(Response::getResponse(*failure));
+    }
+    callback(std::move(parsed));
+}
+
+}  // namespace
 
 YContactsNetworkService::YContactsNetworkService(std::shared_ptr<YContactsAuthenticationContract> authorization,
                                                  std::shared_ptr<YContactsURLConstructorContract> urlConstructor,
@@ -51,13 +96,20 @@ void YContactsNetworkService::getContacts(const std::string& yuid, const std::op
                                                                             std::nullopt)
                                      : std::nullopt;
             if (!request) return fail(YContactError::urlError);
-            self->sendGet(weakSelf, yuid, *request, *header, contactsPriority,
-                          [parser = self->parser, host = *host, isOrg, updatedTime, callback](
-                              std::optional<std::vector<std::uint8_t>> data, std::optional<YHTTPURLResponse>,
-                              std::optional<YNetworkError>) {
-                              callback(parser ? parser->parseSyncContacts(host, data, isOrg, updatedTime)
-                                              : std::nullopt);
-                          });
+            const bool sent = self->sendGet(
+                weakSelf, yuid, *request, *header, contactsPriority,
+                [parser = self->parser, host = *host, yuid, isOrg, updatedTime, callback](
+                    std::optional<std::vector<std::uint8_t>> data, std::optional<YHTTPURLResponse> response,
+                    std::optional<YNetworkError> error) {
+                    deliver<YContactNetworkResponse>(
+                        "Contacts page", yuid, response, error,
+                        [&] {
+                            return parser ? parser->parseSyncContacts(host, data, isOrg, updatedTime)
+                                          : std::nullopt;
+                        },
+                        callback);
+                });
+            if (!sent) fail(YContactError::networkFailure);
         });
 }
 
@@ -99,12 +151,16 @@ void YContactsNetworkService::getContactUsageCount(const std::string& yuid, Usag
             const auto request =
                 self->urlConstructor ? self->urlConstructor->getContactsUsageCountURL(yuid, *host) : std::nullopt;
             if (!request) return fail(YContactError::urlError);
-            self->sendGet(weakSelf, yuid, *request, *header, usageCountPriority,
-                          [parser = self->parser, callback](std::optional<std::vector<std::uint8_t>> data,
-                                                            std::optional<YHTTPURLResponse>,
-                                                            std::optional<YNetworkError>) {
-                              callback(parser ? parser->parseContactUsageCount(data) : std::nullopt);
-                          });
+            const bool sent = self->sendGet(
+                weakSelf, yuid, *request, *header, usageCountPriority,
+                [parser = self->parser, yuid, callback](std::optional<std::vector<std::uint8_t>> data,
+                                                        std::optional<YHTTPURLResponse> response,
+                                                        std::optional<YNetworkError> error) {
+                    deliver<YContactUsageCountNetworkResponse>(
+                        "Usage counts", yuid, response, error,
+                        [&] { return parser ? parser->parseContactUsageCount(data) : std::nullopt; }, callback);
+                });
+            if (!sent) fail(YContactError::networkFailure);
         });
 }
 

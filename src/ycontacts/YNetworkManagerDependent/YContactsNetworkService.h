@@ -33,8 +33,11 @@ public:
         std::shared_ptr<YContactsURLConstructorContract> urlConstructor,
         std::shared_ptr<YContactsParserContract> parser);
 
-    // Always calls back: the parsed page (absent when the reply could not be read), or a response carrying
-    // authorizationError (no header, no host) or urlError (no address for this host).
+    // Always calls back, with the parsed page or with a response that carries only its error:
+    // authorizationError (no header, no host, or the server answered 401 or 403), urlError (no address for
+    // this host), networkFailure (no answer: the transport failed or the request was cancelled), parserError
+    // (the body is no contact page) or unknownError (any other error status). A 404 is read like a 200, so
+    // the not-found envelope arrives as an empty, final page.
     void getContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg, int startIndex,
                      int limit, std::optional<double> updatedTime, ContactsPageCallback callback) override;
     // Page 1 of a server-side search. Calls back only when a non-empty body arrived; an unknown user,
@@ -42,7 +45,7 @@ public:
     void searchContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                         std::optional<int> limit, const std::optional<std::string>& searchText,
                         SearchCallback callback) override;
-    // Calls back with the parsed counts, or with authorizationError / urlError as getContacts does.
+    // Calls back with the parsed counts, or with a response carrying its error as getContacts does.
     void getContactUsageCount(const std::string& yuid, UsageCountCallback callback) override;
     void cancelTasks(const std::string& yuid) override;
 

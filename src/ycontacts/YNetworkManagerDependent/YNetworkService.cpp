@@ -43,12 +43,18 @@ void YNetworkService::addTaskId(const std::string& yuid, std::optional<std::int6
 }
 
 void YNetworkService::removeTaskId(const std::string& yuid, std::optional<std::int64_t> taskId) {
-    if (!taskId) return;
-    tasksList.write([&](TasksList& tasks) {
+    if (taskId) takeTaskId(yuid, *taskId);
+}
+
+bool YNetworkService::takeTaskId(const std::string& yuid, std::int64_t taskId) {
+    return tasksList.write([&](TasksList& tasks) {
         const auto user = tasks.find(yuid);
-        if (user == tasks.end()) return;
+        if (user == tasks.end()) return false;
         auto& ids = user->second;
-        if (const auto found = std::find(ids.begin(), ids.end(), *taskId); found != ids.end()) ids.erase(found);
+        const auto found = std::find(ids.begin(), ids.end(), taskId);
+        if (found == ids.end()) return false;
+        ids.erase(found);
+        return true;
     });
 }
 
@@ -95,7 +101,15 @@ bool YNetworkService::sendGet(std::weak_ptr<YNetworkService> service, const std:
         [service = std::move(service), startedId, yuid, completion = std::move(completion)](
             std::optional<std::vector<std::uint8_t>> data, std::optional<YHTTPURLResponse> response,
             std::optional<YNetworkError> error) {
-            if (auto self = service.lock()) self->removeTaskId(yuid, startedId->load());
+            // cancelTasks takes the id out first. A transfer that finished just before the cancel reached
+            // the client still arrives here with its body; it is reported as cancelled all the same, so
+            // nothing of a cancelled request is delivered once cancelTasks has returned.
+            const auto self = service.lock();
+            if (self && !self->takeTaskId(yuid, startedId->load()) && !error) {
+                data.reset();
+                response.reset();
+                error = YNetworkError{YNetworkError::cancelled, "cancelled"};
+            }
             completion(std::move(data), std::move(response), std::move(error));
         });
     return true;

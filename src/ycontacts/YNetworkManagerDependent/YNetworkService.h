@@ -48,11 +48,15 @@ protected:
                                               std::optional<YNetworkError> error)>;
 
     // Sends a GET for `yuid`, keeping its task id registered until the completion runs. `service` is this
-    // object, held weakly so that an outstanding request never keeps it alive. Returns false when the
-    // client is gone (nothing is sent and `completion` never runs).
+    // object, held weakly so that an outstanding request never keeps it alive. A request whose id
+    // cancelTasks dropped completes with a `cancelled` error and no body, even when the transfer itself
+    // had already finished. Returns false when the client is gone (nothing is sent and `completion` never
+    // runs).
     bool sendGet(std::weak_ptr<YNetworkService> service, const std::string& yuid,
                  const YContactsURLParameters& request, const std::string& authorizationValue,
                  YRequestPriority priority, BodyCompletion completion);
+    // Removes the first occurrence of the id; false when it was not registered (cancelTasks took it).
+    bool takeTaskId(const std::string& yuid, std::int64_t taskId);
     // Asks the client to cancel one task; a seam so the cancel order can be observed.
     virtual void cancelTask(std::int64_t taskId);
 

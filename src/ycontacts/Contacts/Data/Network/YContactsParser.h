@@ -12,6 +12,9 @@
 
 namespace ycontacts {
 
+// Stateless as far as callers can tell. Each thread that reads a body keeps one JSON parser and its buffers
+// (a few times the size of the largest body that thread has read) for the next body, because getting them
+// from the system afresh for every page costs more than the parse.
 class YContactsParser : public YContactsParserContract {
 public:
     // What the envelope of a list reply gives. Both absent: the body is unreadable. `hasMore` false and no
@@ -35,6 +38,9 @@ public:
     std::optional<std::vector<YContact>> parseContacts(const YContactsHost& host, const Body& data,
                                                        bool isOrg) const override;
     std::optional<YContactUsageCountNetworkResponse> parseContactUsageCount(const Body& data) const override;
+    YCategoryNetworkResponse parseFetchCategories(const Body& data) const override;
+    YUpdateContactNetworkResponse parseUpdateContacts(const Body& data) const override;
+    YUpdateContactNetworkResponse parseDeleteContacts(const Body& data) const override;
 
     // Reads the envelope of a parsed body; the elements stay valid as long as `root`'s document does.
     static ContactsDict getContactsDict(simdjson::dom::object root);

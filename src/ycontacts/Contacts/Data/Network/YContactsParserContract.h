@@ -5,9 +5,11 @@
 #include <optional>
 #include <vector>
 
+#include "ycontacts/Contacts/Data/Network/YCategoryNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YContactNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YContactUsageCountNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YContactsHost.h"
+#include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 
 namespace ycontacts {
@@ -28,6 +30,13 @@ public:
                                                                bool isOrg) const = 0;
     // Usage counts by contact id, written in decimal; absent when the body cannot be read.
     virtual std::optional<YContactUsageCountNetworkResponse> parseContactUsageCount(const Body& data) const = 0;
+    // The user's categories. An unreadable body gives a response whose error is parserError.
+    virtual YCategoryNetworkResponse parseFetchCategories(const Body& data) const = 0;
+    // The reply to adding contacts: the status and the new ids. An unreadable body gives parserError, an
+    // error reply authorizationError (401, 403) or unknownError.
+    virtual YUpdateContactNetworkResponse parseUpdateContacts(const Body& data) const = 0;
+    // The reply to deleting contacts, read as parseUpdateContacts reads an add reply, without ids.
+    virtual YUpdateContactNetworkResponse parseDeleteContacts(const Body& data) const = 0;
 };
 
 }  // namespace ycontacts

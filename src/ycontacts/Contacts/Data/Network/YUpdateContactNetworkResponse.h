@@ -3,13 +3,17 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
 
 namespace ycontacts {
 
 struct YUpdateContactNetworkResponse : YNetworkResponseOf<YUpdateContactNetworkResponse> {
+    // The reply's "status" text when the server accepted the change ("success").
     std::optional<std::string> successResponse;
+    // Ids the server gave the added contacts, in the order they were sent; absent for a delete.
+    std::optional<std::vector<std::string>> contactIds;
 };
 
 }  // namespace ycontacts
