@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "Platform/PlatformTestSupport.h"
+#include "Support/Waiting.h"
 #include "sample_server/SampleContactsServer.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 
@@ -122,7 +122,7 @@ TEST(YNetworkServiceTest, ARequestCancelledAfterItsTransferFinishedDeliversNoBod
                                   error ? std::optional(error->code) : std::nullopt});
     });
     auto running = blockerRunning.get_future();
-    ASSERT_TRUE(platformtest::becomesReady(running));
+    ASSERT_TRUE(testsupport::becomesReady(running));
 
     std::promise<Outcome> cancelledOutcome;
     auto cancelled = cancelledOutcome.get_future();
@@ -134,11 +134,11 @@ TEST(YNetworkServiceTest, ARequestCancelledAfterItsTransferFinishedDeliversNoBod
     gate.set_value();
 
     auto blocker = blockerOutcome.get_future();
-    ASSERT_TRUE(platformtest::becomesReady(blocker));
+    ASSERT_TRUE(testsupport::becomesReady(blocker));
     const auto delivered = blocker.get();
     EXPECT_TRUE(delivered.hasBody);
     EXPECT_EQ(delivered.status, 200);
-    ASSERT_TRUE(platformtest::becomesReady(cancelled));
+    ASSERT_TRUE(testsupport::becomesReady(cancelled));
     const auto dropped = cancelled.get();
     EXPECT_FALSE(dropped.hasBody);
     EXPECT_FALSE(dropped.status);

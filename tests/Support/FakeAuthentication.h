@@ -27,6 +27,12 @@ public:
         return found == hosts.end() ? std::nullopt : std::optional<YContactsHost>(found->second);
     }
 
+    void set(const std::string& yuid, const std::string& header, const YContactsHost& host) {
+        std::lock_guard lock(mutex);
+        headers[yuid] = header;
+        hosts.insert_or_assign(yuid, host);
+    }
+
     std::mutex mutex;
     std::map<std::string, std::string> headers;
     std::map<std::string, YContactsHost> hosts;
