@@ -96,7 +96,7 @@ void YContactsDataManager::syncContacts(const std::string& yuid, const std::opti
             const auto self = weak.lock();
             if (!self) return;
             if (yoid) {
-                self->downloadContacts(yuid, yoid, true, 1, contactsBatchFetchLimit, syncTime, nullptr,
+                self->downloadContacts(yuid, yoid, true, 1, self->contactsBatchFetchLimit, syncTime, nullptr,
                                        [weak, yuid, yoid] {
                                            if (const auto owner = weak.lock()) owner->finishSync(yuid, yoid);
                                        });
@@ -206,9 +206,7 @@ void YContactsDataManager::initialDownloadComplete(const std::string& yuid, bool
 }
 
 double YContactsDataManager::updateSyncTime(const std::string& yuid) {
-    const double time = std::chrono::duration<double, std::milli>(
-                            std::chrono::system_clock::now().time_since_epoch())
-                            .count();
+    const double time = downloadStartTime(yuid).value_or(millisecondsSince1970());
     if (preference_) preference_->setLastUpdatedTime(yuid, time);
     Logger::shared().info("Sync contacts complete");
     unmarkSyncing(yuid);

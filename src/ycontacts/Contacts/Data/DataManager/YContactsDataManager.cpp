@@ -43,8 +43,9 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
                                            std::shared_ptr<YContactsNetworkContract> network,
                                            std::shared_ptr<YContactsPreferenceContract> preference,
                                            std::shared_ptr<YContactsFileServiceContract> fileService,
-                                           Intervals intervals)
-    : noImgCache_(boxLabel()),
+                                           Intervals intervals, int batchFetchLimit)
+    : contactsBatchFetchLimit(std::max(batchFetchLimit, minimumContactsBatchFetchLimit)),
+      noImgCache_(boxLabel()),
       syncingYuids_(boxLabel()),
       yuidYoidMap_(boxLabel()),
       resetingYuids_(boxLabel()),
@@ -55,6 +56,7 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
       intervals_(intervals),
       startedYuids_(boxLabel()),
       removalCounts_(boxLabel()),
+      downloadStartTimes_(boxLabel()),
       timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>(boxLabel(), this)),
       queries_(std::make_shared<YContactsQueries>(
           database_, network_,
@@ -153,9 +155,12 @@ void YContactsDataManager::destroyInMemory() {
 }
 
 bool YContactsDataManager::markSyncing(const std::string& yuid) {
+    const double now = millisecondsSince1970();
     return syncingYuids_.write([&](YuidList& yuids) {
         if (std::find(yuids.begin(), yuids.end(), yuid) != yuids.end()) return false;
         yuids.push_back(yuid);
+        // Written under the list's lock, so the time always belongs to the download this call marked.
+        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times[yuid] = now; });
         return true;
     });
 }
@@ -163,7 +168,20 @@ bool YContactsDataManager::markSyncing(const std::string& yuid) {
 void YContactsDataManager::unmarkSyncing(const std::string& yuid) {
     syncingYuids_.write([&](YuidList& yuids) {
         if (const auto found = std::find(yuids.begin(), yuids.end(), yuid); found != yuids.end()) yuids.erase(found);
+        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     });
+}
+
+std::optional<double> YContactsDataManager::downloadStartTime(const std::string& yuid) const {
+    return downloadStartTimes_.read([&](const std::map<std::string, double>& times) -> std::optional<double> {
+        const auto found = times.find(yuid);
+        if (found == times.end()) return std::nullopt;
+        return found->second;
+    });
+}
+
+double YContactsDataManager::millisecondsSince1970() {
+    return std::chrono::duration<double, std::milli>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 void YContactsDataManager::recordStarted(const std::string& yuid) {

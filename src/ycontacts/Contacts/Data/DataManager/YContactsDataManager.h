@@ -50,16 +50,24 @@ public:
     using YuidList = std::vector<std::string>;
     using YuidYoidMap = std::map<std::string, std::string>;
 
-    // Contacts asked of the server per page.
-    static constexpr int contactsBatchFetchLimit = 1000;
+    // Contacts asked of the server per page, unless the constructor is given another number.
+    static constexpr int defaultContactsBatchFetchLimit = 1000;
+    // The smallest page size the page loop can work with: a page that falls short of the limit by 1 to 49
+    // contacts asks for the next page, so with a smaller limit even an empty page would never end the loop.
+    static constexpr int minimumContactsBatchFetchLimit = 50;
     // Kept for callers that decide re-fetching; nothing in the data manager reads it.
     static constexpr double refetchIntervalInMins = 15.0;
 
-    // Every collaborator may be null: the steps that need an absent one are skipped.
+    // Contacts asked of the server per page by downloads and server searches.
+    const int contactsBatchFetchLimit;
+
+    // Every collaborator may be null: the steps that need an absent one are skipped. A batch limit below
+    // minimumContactsBatchFetchLimit is raised to it.
     YContactsDataManager(std::shared_ptr<YContactsDatabaseContract> database,
                          std::shared_ptr<YContactsNetworkContract> network,
                          std::shared_ptr<YContactsPreferenceContract> preference,
-                         std::shared_ptr<YContactsFileServiceContract> fileService, Intervals intervals = {});
+                         std::shared_ptr<YContactsFileServiceContract> fileService, Intervals intervals = {},
+                         int contactsBatchFetchLimit = defaultContactsBatchFetchLimit);
     ~YContactsDataManager() override;
     YContactsDataManager(const YContactsDataManager&) = delete;
     YContactsDataManager& operator=(const YContactsDataManager&) = delete;
@@ -136,7 +144,9 @@ protected:
                           CompletionHandler totalCompletionHandler);
     void process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg);
     void initialDownloadComplete(const std::string& yuid, bool isOrg);
-    // Stores now as the user's last updated time, ends the user's sync and returns the time stored.
+    // Stores the time at which the user's running download began (now when none is running) as the user's
+    // last updated time, ends the user's sync and returns the time stored. A change the server makes while
+    // the download runs is thus at or after the stored time, and the next sync asks for it again.
     double updateSyncTime(const std::string& yuid);
     void updateContactCount(const std::string& yuid);
 
@@ -149,9 +159,12 @@ private:
     void finishSync(const std::string& yuid, const std::optional<std::string>& yoid);
     void clearResetMarker(const std::string& yuid);
     // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
+    // A user it marks gets now as the start time of the download.
     bool markSyncing(const std::string& yuid);
-    // Removes the first occurrence only.
+    // Removes the first occurrence only, and the user's download start time.
     void unmarkSyncing(const std::string& yuid);
+    std::optional<double> downloadStartTime(const std::string& yuid) const;
+    static double millisecondsSince1970();
     void recordStarted(const std::string& yuid);
     void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid);
     std::optional<std::string> recordedYoid(const std::string& yuid) const;
@@ -175,6 +188,8 @@ private:
     // Per yuid, how often removeAllData ran: a page reply is applied only while this still equals the
     // value read when its request went out, so a download cancelled by a reset cannot touch the new one.
     SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
+    // Per yuid with a download running, when it began (ms since 1970).
+    SafeReadWrite<std::map<std::string, double>> downloadStartTimes_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
     const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
     const std::shared_ptr<YContactsQueries> queries_;
