@@ -110,7 +110,8 @@ TEST_F(YContactsNetworkServiceTest, FullAndIncrementalPagesComeBackParsedAndUnre
     const auto seen = server.seen();
     ASSERT_EQ(seen.size(), 2u);
     EXPECT_EQ(seen[0].target, "/api/v1/accounts/self/contacts?"
-                              "include=emails%2Cphones%2Curls%2Cusage_count%2Ccategories&page=2&per_page=100");
+                              "include=emails%2Cphones%2Curls%2Cusage_count%2Ccategories%2Cshow_deleted&page=2"
+                              "&per_page=100");
     EXPECT_EQ(seen[1].path, "/api/v1/sync/org/contacts");
     EXPECT_NE(seen[1].target.find("show_deleted"), std::string::npos);
     EXPECT_NE(seen[1].target.find("filter_updated_time=1000"), std::string::npos);

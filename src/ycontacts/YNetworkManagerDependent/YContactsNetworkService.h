@@ -34,7 +34,8 @@ public:
         std::shared_ptr<YContactsParserContract> parser);
 
     // Always calls back: the parsed page (absent when the reply could not be read), or a response carrying
-    // authorizationError (no header, no host) or urlError (no address for this host).
+    // authorizationError (no header, no host) or urlError (no address for this host). Full and incremental
+    // pages alike ask for tombstones, so that a deletion during a download shifts no page.
     void getContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg, int startIndex,
                      int limit, std::optional<double> updatedTime, ContactsPageCallback callback) override;
     // Page 1 of a server-side search. Calls back only when a non-empty body arrived; an unknown user,
