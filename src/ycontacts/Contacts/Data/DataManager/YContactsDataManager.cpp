@@ -99,16 +99,26 @@ void YContactsDataManager::resetAndStart(const std::string& yuid, const std::opt
         return true;
     });
     if (!marked) return;
-    removeAllData(yuid);
+    removeUserData(yuid);
     notify([&](YContactsNotification& observer) { observer.contactDataReset(yuid); });
     updateContactCount(yuid);
     runInitialFetch(yuid, yoid);
 }
 
 void YContactsDataManager::removeAllData(const std::string& yuid) {
+    removeUserData(yuid);
+    // The removal ended the reset's download, and with it the reset.
+    clearResetMarker(yuid);
+}
+
+void YContactsDataManager::removeUserData(const std::string& yuid) {
     unmarkSyncing(yuid);
     startedYuids_.write([&](YuidList& yuids) { std::erase(yuids, yuid); });
-    removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
+    {
+        // Waits for a page being written to finish; every later write of the running download is refused.
+        std::lock_guard lock(downloadWrites_);
+        removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
+    }
     if (database_) database_->deleteAllDetails(yuid);
     if (network_) network_->cancelTasks(yuid);
     if (fileService_) fileService_->deleteAllImages(yuid);
@@ -213,6 +223,14 @@ std::uint64_t YContactsDataManager::removalCount(const std::string& yuid) const 
         const auto found = counts.find(yuid);
         return found == counts.end() ? 0 : found->second;
     });
+}
+
+bool YContactsDataManager::writeForDownload(const std::string& yuid, std::uint64_t removals,
+                                            const std::function<void()>& write) {
+    std::lock_guard lock(downloadWrites_);
+    if (removalCount(yuid) != removals) return false;
+    write();
+    return true;
 }
 
 void YContactsDataManager::clearResetMarker(const std::string& yuid) {

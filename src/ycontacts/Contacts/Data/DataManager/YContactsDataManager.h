@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -137,13 +138,19 @@ protected:
     // Invalidates and forgets the destroy timer, on the queue.
     void stopInMemoryTimer();
 
+    // Every step of a download carries `removals`, the number of removals of the user's data when the
+    // download began (removalCount). Once removeAllData has run again, the download writes nothing more to the
+    // store or the preferences, asks for no further page and ends without completing or failing.
     void initialDownload(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
-                         CompletionHandler completionHandler);
+                         CompletionHandler completionHandler, std::uint64_t removals);
     void downloadContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                           int startIndex, int limit, std::optional<double> syncTime, StepHandler stepHandler,
-                          CompletionHandler totalCompletionHandler);
-    void process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg);
-    void initialDownloadComplete(const std::string& yuid, bool isOrg);
+                          CompletionHandler totalCompletionHandler, std::uint64_t removals);
+    // False, with the rest of the page left alone, when the download was ended by a removal.
+    bool process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
+                 std::uint64_t removals);
+    // False when the download was ended by a removal.
+    bool initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals);
     // Stores the time at which the user's running download began (now when none is running) as the user's
     // last updated time, ends the user's sync and returns the time stored. A change the server makes while
     // the download runs is thus at or after the stored time, and the next sync asks for it again.
@@ -154,9 +161,15 @@ private:
     void pageArrived(std::optional<YContactNetworkResponse> response, const std::string& yuid,
                      const std::optional<std::string>& yoid, bool isOrg, int startIndex, int limit,
                      std::optional<double> syncTime, const StepHandler& stepHandler,
-                     const CompletionHandler& totalCompletionHandler);
+                     const CompletionHandler& totalCompletionHandler, std::uint64_t removals);
     void downloadFailed(const std::string& yuid, YContactError error);
-    void finishSync(const std::string& yuid, const std::optional<std::string>& yoid);
+    void finishSync(const std::string& yuid, const std::optional<std::string>& yoid, std::uint64_t removals);
+    // removeAllData's steps; resetAndStart runs them without ending its own reset.
+    void removeUserData(const std::string& yuid);
+    // Runs `write` unless the user's data was removed since the download began, and holds off removals while
+    // it runs, so that nothing of an ended download reaches the store or the preferences after the removal.
+    // False when nothing was written.
+    bool writeForDownload(const std::string& yuid, std::uint64_t removals, const std::function<void()>& write);
     void clearResetMarker(const std::string& yuid);
     // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
     // A user it marks gets now as the start time of the download.
@@ -188,6 +201,8 @@ private:
     // Per yuid, how often removeAllData ran: a page reply is applied only while this still equals the
     // value read when its request went out, so a download cancelled by a reset cannot touch the new one.
     SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
+    // Held while a download writes and while removeAllData counts a removal; never while a callback runs.
+    std::mutex downloadWrites_;
     // Per yuid with a download running, when it began (ms since 1970).
     SafeReadWrite<std::map<std::string, double>> downloadStartTimes_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
