@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "EndToEnd/EndToEndFixture.h"
 
@@ -53,6 +54,54 @@ TEST_F(EndToEndTest, RemovingAUsersDataDuringASyncCancelsItsRequestAndNoRowOfThe
     const auto lineCount = harness->network().log.texts("u1").size();
     ASSERT_TRUE(startAndWait("u1", "o1"));
     EXPECT_EQ(requestsSince("u1", lineCount).front(), "personal page 1");
+    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
+}
+
+TEST_F(EndToEndTest, RemovingAUsersDataWhileAPageIsBeingStoredEndsTheDownloadThere) {
+    std::atomic<bool> removed{false};
+    // Runs on the download's thread between storing page 1 and asking for page 2; the removal itself runs on
+    // a use-case thread and is complete when the hook returns.
+    harness->observer().hook = [&](const LogLine& line) {
+        if (line.yuid != "u1" || !line.text.starts_with("contactsAdded personal") || removed.exchange(true)) return;
+        harness->service().removeAllData("u1");
+        EXPECT_TRUE(harness->preference().log.waitForCount("u1", "removed", 1));
+    };
+    harness->sync()->start("u1", "o1");
+    ASSERT_TRUE(harness->network().log.waitForCount("u1", "reply personal page 1", 1));
+    harness->observer().hook = nullptr;
+
+    // Neither rows nor progress of the old download come back, and it asks for nothing more.
+    EXPECT_EQ(rowsOfUser(harness->databasePath(), "u1"), 0);
+    EXPECT_EQ(harness->network().log.count("u1", "request"), 1u);
+    EXPECT_FALSE(harness->sync()->isSyncInProgress("u1"));
+
+    ASSERT_TRUE(startAndWait("u1", "o1"));
+    EXPECT_THAT(requestsSince("u1", 0), ElementsAre("personal page 1", "personal page 1", "personal page 2",
+                                                    "personal page 3", "personal page 4", "org page 1", "org page 2",
+                                                    "org page 3"));
+    EXPECT_EQ(count("u1", "downloadComplete"), 1u);
+    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
+}
+
+TEST_F(EndToEndTest, RemovingAUsersDataEndsAResetUnderWaySoTheUserCanBeResetAgain) {
+    ASSERT_TRUE(startAndWait("u1", "o1"));
+    sample_server::Fault slow;
+    slow.pathContains = "/self/contacts";
+    slow.page = 2;
+    slow.delay = std::chrono::milliseconds(60000);
+    server.injectFault(slow);
+    harness->sync()->resetAndStart("u1", "o1");
+    ASSERT_TRUE(harness->network().log.waitForCount("u1", "sent personal page 2", 2));
+
+    harness->service().removeAllData("u1");
+    ASSERT_TRUE(harness->preference().log.waitForCount("u1", "removed", 2));
+    ASSERT_TRUE(harness->network().log.waitForCount("u1", "reply personal page 2", 2, std::chrono::seconds(20)));
+    server.clearFaults();
+
+    harness->sync()->resetAndStart("u1", "o1");
+    ASSERT_TRUE(harness->observer().log.waitForCount("u1", "contactDataReset", 2));
+    ASSERT_TRUE(waitForFinish("u1", 2));
+    EXPECT_EQ(count("u1", "downloadComplete initial"), 2u);
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
 }
 
