@@ -57,6 +57,7 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
       startedYuids_(boxLabel()),
       removalCounts_(boxLabel()),
       downloadStartTimes_(boxLabel()),
+      initialDownloadBegan_(boxLabel()),
       timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>(boxLabel(), this)),
       queries_(std::make_shared<YContactsQueries>(
           database_, network_,
@@ -119,6 +120,7 @@ void YContactsDataManager::removeUserData(const std::string& yuid) {
         std::lock_guard lock(downloadWrites_);
         removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
     }
+    initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     if (database_) database_->deleteAllDetails(yuid);
     if (network_) network_->cancelTasks(yuid);
     if (fileService_) fileService_->deleteAllImages(yuid);

@@ -151,9 +151,10 @@ protected:
                  std::uint64_t removals);
     // False when the download was ended by a removal.
     bool initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals);
-    // Stores the time at which the user's running download began (now when none is running) as the user's
-    // last updated time, ends the user's sync and returns the time stored. A change the server makes while
-    // the download runs is thus at or after the stored time, and the next sync asks for it again.
+    // Stores the time at which the user's running download began (now when none is running; for an initial
+    // download, when its first attempt in this process began) as the user's last updated time, ends the
+    // user's sync and returns the time stored. A change the server makes while the download runs is thus at
+    // or after the stored time, and the next sync asks for it again.
     double updateSyncTime(const std::string& yuid);
     void updateContactCount(const std::string& yuid);
 
@@ -205,6 +206,10 @@ private:
     std::mutex downloadWrites_;
     // Per yuid with a download running, when it began (ms since 1970).
     SafeReadWrite<std::map<std::string, double>> downloadStartTimes_;
+    // Per yuid whose initial download has begun in this process and not completed: when its first attempt
+    // began. A download resumed after a failed page stores this time, so that changes made meanwhile to the
+    // pages stored before the failure come with the next sync.
+    SafeReadWrite<std::map<std::string, double>> initialDownloadBegan_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
     const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
     const std::shared_ptr<YContactsQueries> queries_;
