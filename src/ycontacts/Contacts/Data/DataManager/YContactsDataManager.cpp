@@ -100,25 +100,23 @@ void YContactsDataManager::resetAndStart(const std::string& yuid, const std::opt
         return true;
     });
     if (!marked) return;
-    removeUserData(yuid);
+    removeUserData(yuid, false);
     notify([&](YContactsNotification& observer) { observer.contactDataReset(yuid); });
     updateContactCount(yuid);
     runInitialFetch(yuid, yoid);
 }
 
-void YContactsDataManager::removeAllData(const std::string& yuid) {
-    removeUserData(yuid);
-    // The removal ended the reset's download, and with it the reset.
-    clearResetMarker(yuid);
-}
+void YContactsDataManager::removeAllData(const std::string& yuid) { removeUserData(yuid, true); }
 
-void YContactsDataManager::removeUserData(const std::string& yuid) {
+void YContactsDataManager::removeUserData(const std::string& yuid, bool endsReset) {
     unmarkSyncing(yuid);
     startedYuids_.write([&](YuidList& yuids) { std::erase(yuids, yuid); });
     {
         // Waits for a page being written to finish; every later write of the running download is refused.
         std::lock_guard lock(downloadWrites_);
         removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
+        // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
+        if (endsReset) clearResetMarker(yuid);
     }
     initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     if (database_) database_->deleteAllDetails(yuid);

@@ -165,8 +165,8 @@ private:
                      const CompletionHandler& totalCompletionHandler, std::uint64_t removals);
     void downloadFailed(const std::string& yuid, YContactError error);
     void finishSync(const std::string& yuid, const std::optional<std::string>& yoid, std::uint64_t removals);
-    // removeAllData's steps; resetAndStart runs them without ending its own reset.
-    void removeUserData(const std::string& yuid);
+    // removeAllData's steps; resetAndStart runs them without ending its own reset (`endsReset` false).
+    void removeUserData(const std::string& yuid, bool endsReset);
     // Runs `write` unless the user's data was removed since the download began, and holds off removals while
     // it runs, so that nothing of an ended download reaches the store or the preferences after the removal.
     // False when nothing was written.
