@@ -9,7 +9,10 @@
 namespace sample_server {
 namespace {
 
-constexpr const char* kJsonType = "application/json";
+// cpp-httplib compresses a body only when its type is exactly "application/json", and then prefers brotli at
+// its slowest setting: about 1.7 s of server time for a 1000-contact page on a 2-core machine, for any client
+// that accepts br (libcurl does). Naming the charset keeps replies uncompressed, the fastest on loopback.
+constexpr const char* kJsonType = "application/json; charset=utf-8";
 
 std::optional<int> pageOf(const httplib::Request& request) {
     const auto page = integerQueryValue(request, "page", -1);

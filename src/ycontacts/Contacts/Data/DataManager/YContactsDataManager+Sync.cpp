@@ -35,6 +35,8 @@ bool isLastPage(const YContactNetworkResponse& response, int limit) {
 void YContactsDataManager::runInitialFetch(const std::string& yuid, const std::optional<std::string>& yoid) {
     recordStarted(yuid);
     if (!markSyncing(yuid)) return;
+    // Read before anything of the download is: a removal from here on ends this download.
+    const auto removals = removalCount(yuid);
     Logger::shared().info("Initial Fetch started " + yuid + " " + text(yoid));
     notify([&](YContactsNotification& observer) { observer.downloadStarted(yuid, yoid, true); });
     recordYoid(yuid, yoid);
@@ -42,42 +44,51 @@ void YContactsDataManager::runInitialFetch(const std::string& yuid, const std::o
         syncContacts(yuid, yoid);
         return;
     }
-    initialDownload(yuid, std::nullopt, false, [weak = weak_from_this(), yuid, yoid] {
-        const auto self = weak.lock();
-        if (!self) return;
-        if (yoid) {
-            self->initialDownload(yuid, yoid, true, [weak, yuid] {
-                if (const auto owner = weak.lock()) owner->clearResetMarker(yuid);
-            });
-        } else {
-            Logger::shared().info("No yoid found for user " + yuid);
-            self->initialDownloadComplete(yuid, true);
-            self->clearResetMarker(yuid);
-        }
-    });
+    // An earlier attempt that failed keeps its time.
+    const double began = downloadStartTime(yuid).value_or(millisecondsSince1970());
+    initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.emplace(yuid, began); });
+    initialDownload(
+        yuid, std::nullopt, false,
+        [weak = weak_from_this(), yuid, yoid, removals] {
+            const auto self = weak.lock();
+            if (!self) return;
+            if (yoid) {
+                self->initialDownload(
+                    yuid, yoid, true,
+                    [weak, yuid] {
+                        if (const auto owner = weak.lock()) owner->clearResetMarker(yuid);
+                    },
+                    removals);
+            } else {
+                Logger::shared().info("No yoid found for user " + yuid);
+                if (self->initialDownloadComplete(yuid, true, removals)) self->clearResetMarker(yuid);
+            }
+        },
+        removals);
 }
 
 void YContactsDataManager::initialDownload(const std::string& yuid, const std::optional<std::string>& yoid,
-                                           bool isOrg, CompletionHandler completionHandler) {
+                                           bool isOrg, CompletionHandler completionHandler, std::uint64_t removals) {
     if (!database_ || (preference_ && preference_->completeState(yuid, isOrg))) {
         if (completionHandler) completionHandler();
         return;
     }
     const auto stored = preference_ ? preference_->startIndex(yuid, isOrg) : 1;
     const int startIndex = static_cast<int>(std::clamp<std::int64_t>(stored, 1, std::numeric_limits<int>::max()));
-    auto stepHandler = [weak = weak_from_this(), yuid, isOrg](int nextStartIndex) {
+    auto stepHandler = [weak = weak_from_this(), yuid, isOrg, removals](int nextStartIndex) {
         const auto self = weak.lock();
-        if (self && self->preference_) self->preference_->setStartIndex(yuid, nextStartIndex, isOrg);
+        if (!self || !self->preference_) return;
+        self->writeForDownload(yuid, removals,
+                               [&] { self->preference_->setStartIndex(yuid, nextStartIndex, isOrg); });
     };
-    auto totalCompletionHandler = [weak = weak_from_this(), yuid, isOrg,
+    auto totalCompletionHandler = [weak = weak_from_this(), yuid, isOrg, removals,
                                    completionHandler = std::move(completionHandler)] {
         const auto self = weak.lock();
         if (!self) return;
-        self->initialDownloadComplete(yuid, isOrg);
-        if (completionHandler) completionHandler();
+        if (self->initialDownloadComplete(yuid, isOrg, removals) && completionHandler) completionHandler();
     };
     downloadContacts(yuid, yoid, isOrg, startIndex, contactsBatchFetchLimit, std::nullopt, std::move(stepHandler),
-                     std::move(totalCompletionHandler));
+                     std::move(totalCompletionHandler), removals);
 }
 
 void YContactsDataManager::syncContacts(const std::string& yuid, const std::optional<std::string>& yoid) {
@@ -88,38 +99,47 @@ void YContactsDataManager::syncContacts(const std::string& yuid, const std::opti
     }
     Logger::shared().info("Sync contacts started " + yuid + " " + text(yoid));
     if (!markSyncing(yuid)) return;
+    const auto removals = removalCount(yuid);
     notify([&](YContactsNotification& observer) { observer.downloadStarted(yuid, yoid, false); });
     const auto syncTime = lastUpdatedTime(yuid);
     downloadContacts(
         yuid, std::nullopt, false, 1, contactsBatchFetchLimit, syncTime, nullptr,
-        [weak = weak_from_this(), yuid, yoid, syncTime] {
+        [weak = weak_from_this(), yuid, yoid, syncTime, removals] {
             const auto self = weak.lock();
             if (!self) return;
             if (yoid) {
-                self->downloadContacts(yuid, yoid, true, 1, contactsBatchFetchLimit, syncTime, nullptr,
-                                       [weak, yuid, yoid] {
-                                           if (const auto owner = weak.lock()) owner->finishSync(yuid, yoid);
-                                       });
+                self->downloadContacts(
+                    yuid, yoid, true, 1, self->contactsBatchFetchLimit, syncTime, nullptr,
+                    [weak, yuid, yoid, removals] {
+                        if (const auto owner = weak.lock()) owner->finishSync(yuid, yoid, removals);
+                    },
+                    removals);
             } else {
                 Logger::shared().info("No yoid found for user " + yuid);
-                self->finishSync(yuid, yoid);
+                self->finishSync(yuid, yoid, removals);
             }
-        });
+        },
+        removals);
 }
 
 void YContactsDataManager::downloadContacts(const std::string& yuid, const std::optional<std::string>& yoid,
                                             bool isOrg, int startIndex, int limit, std::optional<double> syncTime,
-                                            StepHandler stepHandler, CompletionHandler totalCompletionHandler) {
+                                            StepHandler stepHandler, CompletionHandler totalCompletionHandler,
+                                            std::uint64_t removals) {
     Logger::shared().info("Download contacts yuid: " + yuid + " yoid: " + text(yoid) + " isOrg: " + text(isOrg) +
                           " startIndex: " + std::to_string(startIndex) + " limit: " + std::to_string(limit) +
                           " syncTime: " + text(syncTime));
+    if (removalCount(yuid) != removals) {
+        Logger::shared().info("Download ended by removing the data of " + yuid);
+        return;
+    }
     if (!network_) {
         downloadFailed(yuid, YContactError::networkFailure);
         return;
     }
     network_->getContacts(
         yuid, yoid, isOrg, startIndex, limit, syncTime,
-        [weak = weak_from_this(), removals = removalCount(yuid), yuid, yoid, isOrg, startIndex, limit, syncTime,
+        [weak = weak_from_this(), removals, yuid, yoid, isOrg, startIndex, limit, syncTime,
          stepHandler = std::move(stepHandler),
          totalCompletionHandler = std::move(totalCompletionHandler)](std::optional<YContactNetworkResponse> response) {
             const auto self = weak.lock();
@@ -129,19 +149,22 @@ void YContactsDataManager::downloadContacts(const std::string& yuid, const std::
                 return;
             }
             self->pageArrived(std::move(response), yuid, yoid, isOrg, startIndex, limit, syncTime, stepHandler,
-                              totalCompletionHandler);
+                              totalCompletionHandler, removals);
         });
 }
 
 void YContactsDataManager::pageArrived(std::optional<YContactNetworkResponse> response, const std::string& yuid,
                                        const std::optional<std::string>& yoid, bool isOrg, int startIndex,
                                        int limit, std::optional<double> syncTime, const StepHandler& stepHandler,
-                                       const CompletionHandler& totalCompletionHandler) {
+                                       const CompletionHandler& totalCompletionHandler, std::uint64_t removals) {
     if (!response || response->error) {
         downloadFailed(yuid, response ? *response->error : YContactError::unknownError);
         return;
     }
-    process(*response, yuid, isOrg);
+    if (!process(*response, yuid, isOrg, removals)) {
+        Logger::shared().info("Download ended by removing the data of " + yuid + " while a page was stored");
+        return;
+    }
     if (isLastPage(*response, limit)) {
         Logger::shared().info("Contacts fetch complete yuid: " + yuid + " yoid: " + text(yoid) +
                               " isOrg: " + text(isOrg) + " final index: " + std::to_string(startIndex) +
@@ -150,7 +173,8 @@ void YContactsDataManager::pageArrived(std::optional<YContactNetworkResponse> re
         return;
     }
     if (stepHandler) stepHandler(startIndex + 1);
-    downloadContacts(yuid, yoid, isOrg, startIndex + 1, limit, syncTime, stepHandler, totalCompletionHandler);
+    downloadContacts(yuid, yoid, isOrg, startIndex + 1, limit, syncTime, stepHandler, totalCompletionHandler,
+                     removals);
 }
 
 void YContactsDataManager::downloadFailed(const std::string& yuid, YContactError error) {
@@ -162,13 +186,18 @@ void YContactsDataManager::downloadFailed(const std::string& yuid, YContactError
     notify([&](YContactsNotification& observer) { observer.downloadFailed(yuid, yoid, error); });
 }
 
-void YContactsDataManager::process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg) {
+bool YContactsDataManager::process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
+                                   std::uint64_t removals) {
     if (response.newContacts) {
-        if (database_) database_->save(yuid, *response.newContacts);
+        const bool stored = writeForDownload(yuid, removals, [&] {
+            if (database_) database_->save(yuid, *response.newContacts);
+        });
+        if (!stored) return false;
         notify([&](YContactsNotification& observer) { observer.contactsAdded(yuid, isOrg, *response.newContacts); });
     }
     if (response.updatedContacts) {
-        if (database_) {
+        const bool stored = writeForDownload(yuid, removals, [&] {
+            if (!database_) return;
             // Known contacts are updated; ones the store has never seen are saved, so none is lost.
             std::vector<YContact> known;
             std::vector<YContact> unknown;
@@ -181,42 +210,64 @@ void YContactsDataManager::process(const YContactNetworkResponse& response, cons
                                       std::to_string(unknown.size()));
                 database_->save(yuid, unknown);
             }
-        }
+        });
+        if (!stored) return false;
         notify([&](YContactsNotification& observer) {
             observer.contactsUpdated(yuid, isOrg, *response.updatedContacts);
         });
     }
     if (response.deletedContacts) {
-        if (database_) database_->deleteContacts(yuid, *response.deletedContacts);
+        const bool stored = writeForDownload(yuid, removals, [&] {
+            if (database_) database_->deleteContacts(yuid, *response.deletedContacts);
+        });
+        if (!stored) return false;
         notify([&](YContactsNotification& observer) {
             observer.contactsDeleted(yuid, isOrg, *response.deletedContacts);
         });
     }
     updateContactCount(yuid);
+    return true;
 }
 
-void YContactsDataManager::initialDownloadComplete(const std::string& yuid, bool isOrg) {
+bool YContactsDataManager::initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals) {
     Logger::shared().info("Initial download complete yuid: " + yuid + " isOrg: " + text(isOrg));
-    if (preference_) preference_->setCompleteState(yuid, true, isOrg);
+    const bool marked = writeForDownload(yuid, removals, [&] {
+        if (preference_) preference_->setCompleteState(yuid, true, isOrg);
+    });
+    if (!marked) return false;
     updateContactCount(yuid);
-    if (!preference_ || !preference_->completeState(yuid, true) || !preference_->completeState(yuid, false)) return;
-    const double time = updateSyncTime(yuid);
-    const auto yoid = recordedYoid(yuid);
-    notify([&](YContactsNotification& observer) { observer.downloadComplete(yuid, yoid, time, true); });
+    std::optional<double> time;
+    const bool current = writeForDownload(yuid, removals, [&] {
+        if (preference_ && preference_->completeState(yuid, true) && preference_->completeState(yuid, false)) {
+            time = updateSyncTime(yuid);
+        }
+    });
+    if (!current) return false;
+    if (time) {
+        const auto yoid = recordedYoid(yuid);
+        notify([&](YContactsNotification& observer) { observer.downloadComplete(yuid, yoid, *time, true); });
+    }
+    return true;
 }
 
 double YContactsDataManager::updateSyncTime(const std::string& yuid) {
-    const double time = std::chrono::duration<double, std::milli>(
-                            std::chrono::system_clock::now().time_since_epoch())
-                            .count();
+    double time = downloadStartTime(yuid).value_or(millisecondsSince1970());
+    initialDownloadBegan_.write([&](std::map<std::string, double>& times) {
+        if (const auto first = times.find(yuid); first != times.end()) {
+            time = std::min(time, first->second);
+            times.erase(first);
+        }
+    });
     if (preference_) preference_->setLastUpdatedTime(yuid, time);
     Logger::shared().info("Sync contacts complete");
     unmarkSyncing(yuid);
     return time;
 }
 
-void YContactsDataManager::finishSync(const std::string& yuid, const std::optional<std::string>& yoid) {
-    const double time = updateSyncTime(yuid);
+void YContactsDataManager::finishSync(const std::string& yuid, const std::optional<std::string>& yoid,
+                                      std::uint64_t removals) {
+    double time = 0;
+    if (!writeForDownload(yuid, removals, [&] { time = updateSyncTime(yuid); })) return;
     notify([&](YContactsNotification& observer) { observer.downloadComplete(yuid, yoid, time, false); });
 }
 

@@ -43,8 +43,9 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
                                            std::shared_ptr<YContactsNetworkContract> network,
                                            std::shared_ptr<YContactsPreferenceContract> preference,
                                            std::shared_ptr<YContactsFileServiceContract> fileService,
-                                           Intervals intervals)
-    : noImgCache_(boxLabel()),
+                                           Intervals intervals, int batchFetchLimit)
+    : contactsBatchFetchLimit(std::max(batchFetchLimit, minimumContactsBatchFetchLimit)),
+      noImgCache_(boxLabel()),
       syncingYuids_(boxLabel()),
       yuidYoidMap_(boxLabel()),
       resetingYuids_(boxLabel()),
@@ -55,6 +56,8 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
       intervals_(intervals),
       startedYuids_(boxLabel()),
       removalCounts_(boxLabel()),
+      downloadStartTimes_(boxLabel()),
+      initialDownloadBegan_(boxLabel()),
       timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>(boxLabel(), this)),
       queries_(std::make_shared<YContactsQueries>(
           database_, network_,
@@ -99,16 +102,25 @@ void YContactsDataManager::resetAndStart(const std::string& yuid, const std::opt
         return true;
     });
     if (!marked) return;
-    removeAllData(yuid);
+    removeUserData(yuid, false);
     notify([&](YContactsNotification& observer) { observer.contactDataReset(yuid); });
     updateContactCount(yuid);
     runInitialFetch(yuid, yoid);
 }
 
-void YContactsDataManager::removeAllData(const std::string& yuid) {
+void YContactsDataManager::removeAllData(const std::string& yuid) { removeUserData(yuid, true); }
+
+void YContactsDataManager::removeUserData(const std::string& yuid, bool endsReset) {
     unmarkSyncing(yuid);
     startedYuids_.write([&](YuidList& yuids) { std::erase(yuids, yuid); });
-    removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
+    {
+        // Waits for a page being written to finish; every later write of the running download is refused.
+        std::lock_guard lock(downloadWrites_);
+        removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
+        // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
+        if (endsReset) clearResetMarker(yuid);
+    }
+    initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     if (database_) database_->deleteAllDetails(yuid);
     if (network_) network_->cancelTasks(yuid);
     if (fileService_) fileService_->deleteAllImages(yuid);
@@ -156,9 +168,12 @@ void YContactsDataManager::destroyInMemory() {
 }
 
 bool YContactsDataManager::markSyncing(const std::string& yuid) {
+    const double now = millisecondsSince1970();
     return syncingYuids_.write([&](YuidList& yuids) {
         if (std::find(yuids.begin(), yuids.end(), yuid) != yuids.end()) return false;
         yuids.push_back(yuid);
+        // Written under the list's lock, so the time always belongs to the download this call marked.
+        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times[yuid] = now; });
         return true;
     });
 }
@@ -166,7 +181,20 @@ bool YContactsDataManager::markSyncing(const std::string& yuid) {
 void YContactsDataManager::unmarkSyncing(const std::string& yuid) {
     syncingYuids_.write([&](YuidList& yuids) {
         if (const auto found = std::find(yuids.begin(), yuids.end(), yuid); found != yuids.end()) yuids.erase(found);
+        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     });
+}
+
+std::optional<double> YContactsDataManager::downloadStartTime(const std::string& yuid) const {
+    return downloadStartTimes_.read([&](const std::map<std::string, double>& times) -> std::optional<double> {
+        const auto found = times.find(yuid);
+        if (found == times.end()) return std::nullopt;
+        return found->second;
+    });
+}
+
+double YContactsDataManager::millisecondsSince1970() {
+    return std::chrono::duration<double, std::milli>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 void YContactsDataManager::recordStarted(const std::string& yuid) {
@@ -198,6 +226,14 @@ std::uint64_t YContactsDataManager::removalCount(const std::string& yuid) const 
         const auto found = counts.find(yuid);
         return found == counts.end() ? 0 : found->second;
     });
+}
+
+bool YContactsDataManager::writeForDownload(const std::string& yuid, std::uint64_t removals,
+                                            const std::function<void()>& write) {
+    std::lock_guard lock(downloadWrites_);
+    if (removalCount(yuid) != removals) return false;
+    write();
+    return true;
 }
 
 void YContactsDataManager::clearResetMarker(const std::string& yuid) {

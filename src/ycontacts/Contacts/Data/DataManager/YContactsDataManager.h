@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,16 +51,24 @@ public:
     using YuidList = std::vector<std::string>;
     using YuidYoidMap = std::map<std::string, std::string>;
 
-    // Contacts asked of the server per page.
-    static constexpr int contactsBatchFetchLimit = 1000;
+    // Contacts asked of the server per page, unless the constructor is given another number.
+    static constexpr int defaultContactsBatchFetchLimit = 1000;
+    // The smallest page size the page loop can work with: a page that falls short of the limit by 1 to 49
+    // contacts asks for the next page, so with a smaller limit even an empty page would never end the loop.
+    static constexpr int minimumContactsBatchFetchLimit = 50;
     // Kept for callers that decide re-fetching; nothing in the data manager reads it.
     static constexpr double refetchIntervalInMins = 15.0;
 
-    // Every collaborator may be null: the steps that need an absent one are skipped.
+    // Contacts asked of the server per page by downloads and server searches.
+    const int contactsBatchFetchLimit;
+
+    // Every collaborator may be null: the steps that need an absent one are skipped. A batch limit below
+    // minimumContactsBatchFetchLimit is raised to it.
     YContactsDataManager(std::shared_ptr<YContactsDatabaseContract> database,
                          std::shared_ptr<YContactsNetworkContract> network,
                          std::shared_ptr<YContactsPreferenceContract> preference,
-                         std::shared_ptr<YContactsFileServiceContract> fileService, Intervals intervals = {});
+                         std::shared_ptr<YContactsFileServiceContract> fileService, Intervals intervals = {},
+                         int contactsBatchFetchLimit = defaultContactsBatchFetchLimit);
     ~YContactsDataManager() override;
     YContactsDataManager(const YContactsDataManager&) = delete;
     YContactsDataManager& operator=(const YContactsDataManager&) = delete;
@@ -129,14 +138,23 @@ protected:
     // Invalidates and forgets the destroy timer, on the queue.
     void stopInMemoryTimer();
 
+    // Every step of a download carries `removals`, the number of removals of the user's data when the
+    // download began (removalCount). Once removeAllData has run again, the download writes nothing more to the
+    // store or the preferences, asks for no further page and ends without completing or failing.
     void initialDownload(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
-                         CompletionHandler completionHandler);
+                         CompletionHandler completionHandler, std::uint64_t removals);
     void downloadContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                           int startIndex, int limit, std::optional<double> syncTime, StepHandler stepHandler,
-                          CompletionHandler totalCompletionHandler);
-    void process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg);
-    void initialDownloadComplete(const std::string& yuid, bool isOrg);
-    // Stores now as the user's last updated time, ends the user's sync and returns the time stored.
+                          CompletionHandler totalCompletionHandler, std::uint64_t removals);
+    // False, with the rest of the page left alone, when the download was ended by a removal.
+    bool process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
+                 std::uint64_t removals);
+    // False when the download was ended by a removal.
+    bool initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals);
+    // Stores the time at which the user's running download began (now when none is running; for an initial
+    // download, when its first attempt in this process began) as the user's last updated time, ends the
+    // user's sync and returns the time stored. A change the server makes while the download runs is thus at
+    // or after the stored time, and the next sync asks for it again.
     double updateSyncTime(const std::string& yuid);
     void updateContactCount(const std::string& yuid);
 
@@ -144,14 +162,23 @@ private:
     void pageArrived(std::optional<YContactNetworkResponse> response, const std::string& yuid,
                      const std::optional<std::string>& yoid, bool isOrg, int startIndex, int limit,
                      std::optional<double> syncTime, const StepHandler& stepHandler,
-                     const CompletionHandler& totalCompletionHandler);
+                     const CompletionHandler& totalCompletionHandler, std::uint64_t removals);
     void downloadFailed(const std::string& yuid, YContactError error);
-    void finishSync(const std::string& yuid, const std::optional<std::string>& yoid);
+    void finishSync(const std::string& yuid, const std::optional<std::string>& yoid, std::uint64_t removals);
+    // removeAllData's steps; resetAndStart runs them without ending its own reset (`endsReset` false).
+    void removeUserData(const std::string& yuid, bool endsReset);
+    // Runs `write` unless the user's data was removed since the download began, and holds off removals while
+    // it runs, so that nothing of an ended download reaches the store or the preferences after the removal.
+    // False when nothing was written.
+    bool writeForDownload(const std::string& yuid, std::uint64_t removals, const std::function<void()>& write);
     void clearResetMarker(const std::string& yuid);
     // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
+    // A user it marks gets now as the start time of the download.
     bool markSyncing(const std::string& yuid);
-    // Removes the first occurrence only.
+    // Removes the first occurrence only, and the user's download start time.
     void unmarkSyncing(const std::string& yuid);
+    std::optional<double> downloadStartTime(const std::string& yuid) const;
+    static double millisecondsSince1970();
     void recordStarted(const std::string& yuid);
     void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid);
     std::optional<std::string> recordedYoid(const std::string& yuid) const;
@@ -175,6 +202,14 @@ private:
     // Per yuid, how often removeAllData ran: a page reply is applied only while this still equals the
     // value read when its request went out, so a download cancelled by a reset cannot touch the new one.
     SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
+    // Held while a download writes and while removeAllData counts a removal; never while a callback runs.
+    std::mutex downloadWrites_;
+    // Per yuid with a download running, when it began (ms since 1970).
+    SafeReadWrite<std::map<std::string, double>> downloadStartTimes_;
+    // Per yuid whose initial download has begun in this process and not completed: when its first attempt
+    // began. A download resumed after a failed page stores this time, so that changes made meanwhile to the
+    // pages stored before the failure come with the next sync.
+    SafeReadWrite<std::map<std::string, double>> initialDownloadBegan_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
     const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
     const std::shared_ptr<YContactsQueries> queries_;

@@ -1,0 +1,271 @@
+#include "EndToEnd/EndToEndHarness.h"
+
+#include <future>
+#include <random>
+
+#include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
+#include "ycontacts/Contacts/Data/Network/YContactsParser.h"
+#include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
+#include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
+#include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
+#include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
+#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
+#include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
+#include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
+
+namespace ycontacts::endtoend {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* population(bool isOrg) { return isOrg ? "org" : "personal"; }
+
+std::string idsText(const std::vector<YContact>& contacts) {
+    std::string text;
+    for (const auto& contact : contacts) text += " " + contact.contactId;
+    return text;
+}
+
+}  // namespace
+
+TempFolder::TempFolder() {
+    std::random_device random;
+    path_ = fs::temp_directory_path() / ("ycontacts-e2e-" + std::to_string(random()) + std::to_string(random()));
+    fs::create_directories(path_);
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+void SampleAuthenticator::getAuthorizationHeader(const std::string& yuid, AuthorizationCallback callback) {
+    callback("token-" + yuid, std::nullopt);
+}
+
+std::optional<YContactsHost> SampleAuthenticator::getContactsHost(const std::string&) {
+    return YContactsHost::idc(baseURL_);
+}
+
+void EventLog::append(LogLine line) {
+    {
+        std::lock_guard lock(mutex_);
+        lines_.push_back(std::move(line));
+    }
+    changed_.notify_all();
+}
+
+EventLog::Lines EventLog::lines() const {
+    std::lock_guard lock(mutex_);
+    return lines_;
+}
+
+std::vector<std::string> EventLog::texts(const std::string& yuid) const {
+    std::vector<std::string> result;
+    for (const auto& line : lines()) {
+        if (line.yuid == yuid) result.push_back(line.text);
+    }
+    return result;
+}
+
+std::size_t EventLog::count(const std::string& yuid, const std::string& prefix) const {
+    std::size_t found = 0;
+    for (const auto& text : texts(yuid)) found += text.starts_with(prefix) ? 1 : 0;
+    return found;
+}
+
+bool EventLog::waitUntil(const std::function<bool(const Lines&)>& done, std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, timeout, [&] { return done(lines_); });
+}
+
+bool EventLog::waitForCount(const std::string& yuid, const std::string& prefix, std::size_t atLeast,
+                            std::chrono::milliseconds timeout) const {
+    return waitUntil(
+        [&](const Lines& lines) {
+            std::size_t found = 0;
+            for (const auto& line : lines) found += line.yuid == yuid && line.text.starts_with(prefix) ? 1 : 0;
+            return found >= atLeast;
+        },
+        timeout);
+}
+
+void RecordingObserver::record(const std::string& yuid, std::string text) {
+    LogLine line{yuid, std::move(text)};
+    log.append(line);
+    if (hook) hook(line);
+}
+
+void RecordingObserver::countUpdate(const std::string& yuid, std::int64_t orgCount, std::int64_t nonOrgCount) {
+    record(yuid, "countUpdate org=" + std::to_string(orgCount) + " personal=" + std::to_string(nonOrgCount));
+}
+
+void RecordingObserver::contactDataReset(const std::string& yuid) { record(yuid, "contactDataReset"); }
+
+void RecordingObserver::contactsAdded(const std::string& yuid, bool isOrg, const std::vector<YContact>& contact) {
+    record(yuid, std::string("contactsAdded ") + population(isOrg) + idsText(contact));
+}
+
+void RecordingObserver::downloadStarted(const std::string& yuid, const std::optional<std::string>&,
+                                        bool isInitial) {
+    record(yuid, std::string("downloadStarted ") + (isInitial ? "initial" : "sync"));
+}
+
+void RecordingObserver::downloadComplete(const std::string& yuid, const std::optional<std::string>&,
+                                         double lastUpdateTime, bool isInitial) {
+    {
+        std::lock_guard lock(mutex_);
+        completionTimes_.emplace_back(yuid, lastUpdateTime);
+    }
+    record(yuid, std::string("downloadComplete ") + (isInitial ? "initial" : "sync"));
+}
+
+void RecordingObserver::downloadFailed(const std::string& yuid, const std::optional<std::string>&,
+                                       YContactError error) {
+    record(yuid, "downloadFailed " + std::string(toRawValue(error)));
+}
+
+void RecordingObserver::contactsUpdated(const std::string& yuid, bool isOrg, const std::vector<YContact>& contact) {
+    record(yuid, std::string("contactsUpdated ") + population(isOrg) + idsText(contact));
+}
+
+void RecordingObserver::contactsDeleted(const std::string& yuid, bool isOrg,
+                                        const std::vector<std::string>& deletedContactIds) {
+    std::string text = std::string("contactsDeleted ") + population(isOrg);
+    for (const auto& id : deletedContactIds) text += " " + id;
+    record(yuid, std::move(text));
+}
+
+std::vector<double> RecordingObserver::completionTimes(const std::string& yuid) const {
+    std::lock_guard lock(mutex_);
+    std::vector<double> times;
+    for (const auto& [user, time] : completionTimes_) {
+        if (user == yuid) times.push_back(time);
+    }
+    return times;
+}
+
+void ObservedNetwork::getContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
+                                  int startIndex, int limit, std::optional<double> updatedTime,
+                                  ContactsPageCallback callback) {
+    const std::string page = std::string(population(isOrg)) + " page " + std::to_string(startIndex);
+    log.append({yuid, "request " + page});
+    real_->getContacts(yuid, yoid, isOrg, startIndex, limit, updatedTime,
+                       [this, yuid, page, callback = std::move(callback)](
+                           std::optional<YContactNetworkResponse> response) {
+                           // Logged once the data manager has handled the reply.
+                           const std::string outcome = !response ? "none" : response->error ? "error" : "ok";
+                           callback(std::move(response));
+                           log.append({yuid, "reply " + page + " " + outcome});
+                       });
+    // The authorization value is given at once, so by now the request is with the HTTP client and
+    // cancelling the user's tasks reaches it.
+    log.append({yuid, "sent " + page});
+}
+
+void ObservedNetwork::searchContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
+                                     std::optional<int> limit, const std::optional<std::string>& searchText,
+                                     SearchCallback callback) {
+    real_->searchContacts(yuid, yoid, isOrg, limit, searchText, std::move(callback));
+}
+
+void ObservedNetwork::getContactUsageCount(const std::string& yuid, UsageCountCallback callback) {
+    real_->getContactUsageCount(yuid, std::move(callback));
+}
+
+void ObservedNetwork::cancelTasks(const std::string& yuid) {
+    real_->cancelTasks(yuid);
+    log.append({yuid, "cancelled"});
+}
+
+void ObservedPreference::setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) {
+    real_->setStartIndex(yuid, index, isOrg);
+}
+
+std::int64_t ObservedPreference::startIndex(const std::string& yuid, bool isOrg) {
+    return real_->startIndex(yuid, isOrg);
+}
+
+void ObservedPreference::setCompleteState(const std::string& yuid, bool isComplete, bool isOrg) {
+    real_->setCompleteState(yuid, isComplete, isOrg);
+}
+
+bool ObservedPreference::completeState(const std::string& yuid, bool isOrg) {
+    return real_->completeState(yuid, isOrg);
+}
+
+std::optional<double> ObservedPreference::lastUpdatedTime(const std::string& yuid) {
+    return real_->lastUpdatedTime(yuid);
+}
+
+void ObservedPreference::setLastUpdatedTime(const std::string& yuid, double time) {
+    real_->setLastUpdatedTime(yuid, time);
+}
+
+void ObservedPreference::removeAllPreferences(const std::string& yuid) {
+    real_->removeAllPreferences(yuid);
+    log.append({yuid, "removed"});
+}
+
+SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL, HarnessSettings settings)
+    : databasePath_(folder / "contacts.sqlite"),
+      networkManager_(std::make_shared<YNetworkManager>(settings.network)) {
+    YUserDefaults::setStandardStoragePath(folder / "preferences.sqlite");
+    YNotificationCenter::shared().addObserver<YContactsNotification>(observer_);
+
+    YContactService::Builders builders = YContactService::Builders::defaults();
+    builders.database = [](const fs::path& databaseURL) -> std::shared_ptr<YContactsDatabaseContract> {
+        auto store = std::make_shared<YContactsDatabaseService>(YContactService::databaseIdentifier, databaseURL);
+        // The host's part: the library itself never creates tables.
+        YContactsDatabaseSchema::createTables(YContactService::databaseIdentifier);
+        return store;
+    };
+    builders.network = [this](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
+        -> std::shared_ptr<YContactsNetworkContract> {
+        network_ = std::make_shared<ObservedNetwork>(std::make_shared<YContactsNetworkService>(
+            authorization, std::make_shared<YContactsURLConstructor>(), std::make_shared<YContactsParser>(),
+            networkManager_));
+        return network_;
+    };
+    builders.preference = [this]() -> std::shared_ptr<YContactsPreferenceContract> {
+        preference_ = std::make_shared<ObservedPreference>(std::make_shared<YContactsPreferenceService>());
+        return preference_;
+    };
+    builders.dataManager = [batchLimit = settings.batchLimit](auto database, auto network, auto preference,
+                                                               auto file)
+        -> std::shared_ptr<YContactsDataManagerContract> {
+        return std::make_shared<YContactsDataManager>(std::move(database), std::move(network), std::move(preference),
+                                                      std::move(file), YContactsDataManager::Intervals{},
+                                                      batchLimit);
+    };
+    service_ = std::make_unique<YContactService>(std::move(builders));
+    service_->config = YContactService::Config(std::make_shared<SampleAuthenticator>(baseURL), databasePath_,
+                                               folder / "photos");
+    // Builds every component now, so that the store and its tables exist before a test looks at them.
+    service_->syncHandler();
+}
+
+SyncHarness::~SyncHarness() {
+    YNotificationCenter::shared().removeObserver<YContactsNotification>(observer_.get());
+    service_.reset();
+    networkManager_.reset();
+    YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier);
+    YUserDefaults::setStandardStoragePath({});
+}
+
+std::optional<std::vector<YContact>> SyncHarness::storedContacts(const std::string& yuid, bool isOrg) {
+    auto answer = std::make_shared<std::promise<std::optional<std::vector<YContact>>>>();
+    auto future = answer->get_future();
+    service_->getContacts(yuid, std::nullopt, std::nullopt, std::nullopt, isOrg, RequestType::local,
+                          [answer](std::optional<std::vector<YContact>> contacts) {
+                              answer->set_value(std::move(contacts));
+                          });
+    if (future.wait_for(defaultWait) != std::future_status::ready) return std::nullopt;
+    return future.get();
+}
+
+void SyncHarness::stopNetwork() { networkManager_.reset(); }
+
+}  // namespace ycontacts::endtoend
