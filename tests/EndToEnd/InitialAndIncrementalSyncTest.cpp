@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 
 #include "EndToEnd/EndToEndFixture.h"
 
@@ -149,44 +148,6 @@ TEST_F(EndToEndTest, UpdatedContactsReachTheStoreWhetherOrNotTheStoreKnewThem) {
                         "contactsUpdated personal " + personal[7].contactId + " " + personal[8].contactId),
               lines.end());
     EXPECT_NE(std::find(lines.begin(), lines.end(), "contactsUpdated org " + org[70].contactId), lines.end());
-}
-
-TEST_F(EndToEndTest, AChangeTheServerMakesWhileADownloadRunsArrivesWithTheNextSync) {
-    const auto first = serverContacts(server, "u1", false).front();
-    std::atomic<bool> changed{false};
-    // Runs on the download's thread once page 1 is stored, before page 2 is asked for.
-    harness->observer().hook = [&](const LogLine& line) {
-        if (line.yuid != "u1" || !line.text.starts_with("contactsAdded personal")) return;
-        if (changed.exchange(true)) return;
-        EXPECT_TRUE(server.updateContact("u1", false, edited(first, "meanwhile")));
-    };
-    ASSERT_TRUE(startAndWait("u1", "o1"));
-    ASSERT_TRUE(changed);
-    // The first page was read before the change.
-    ASSERT_FALSE(storeMatchesServer(*harness, server, "u1"));
-
-    harness->sync()->syncContacts("u1", "o1");
-    ASSERT_TRUE(waitForFinish("u1", 2));
-    EXPECT_EQ(count("u1", "downloadComplete sync"), 1u);
-    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
-}
-
-TEST_F(EndToEndTest, AContactDeletedOnAnEarlierPageWhileTheInitialDownloadRunsCostsNoOtherContact) {
-    const auto personal = serverContacts(server, "u1", false);
-    std::atomic<bool> deleted{false};
-    // Once page 1 is stored, a contact on it goes; the pages after it must not lose the contact that moves up.
-    harness->observer().hook = [&](const LogLine& line) {
-        if (line.yuid != "u1" || !line.text.starts_with("contactsAdded personal")) return;
-        if (deleted.exchange(true)) return;
-        EXPECT_TRUE(server.deleteContact("u1", false, personal[10].contactId));
-    };
-    ASSERT_TRUE(startAndWait("u1", "o1"));
-    ASSERT_TRUE(deleted);
-
-    harness->sync()->syncContacts("u1", "o1");
-    ASSERT_TRUE(waitForFinish("u1", 2));
-    EXPECT_EQ(count("u1", "downloadComplete sync"), 1u);
-    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
 }
 
 }  // namespace

@@ -84,28 +84,6 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndALaterStart
 INSTANTIATE_TEST_SUITE_P(Faults, SyncFaultTest, ::testing::ValuesIn(faultCases),
                          [](const ::testing::TestParamInfo<FaultCase>& info) { return std::string(info.param.name); });
 
-TEST_F(EndToEndTest, ChangesToPagesStoredBeforeAFailedPageComeWithTheFirstSyncAfterTheResumedDownload) {
-    sample_server::Fault failure;
-    failure.pathContains = "/self/contacts";
-    failure.page = 3;
-    failure.status = 500;
-    server.injectFault(failure);
-    EXPECT_FALSE(startAndWait("u1", "o1"));
-
-    // Between the failed download and its resumption the server changes pages 1 and 2, already stored.
-    const auto personal = serverContacts(server, "u1", false);
-    auto renamed = personal[4];
-    renamed.firstName = "Renamed";
-    ASSERT_TRUE(server.updateContact("u1", false, renamed));
-    ASSERT_TRUE(server.deleteContact("u1", false, personal[60].contactId));
-    ASSERT_TRUE(startAndWait("u1", "o1"));
-
-    harness->sync()->syncContacts("u1", "o1");
-    ASSERT_TRUE(waitForFinish("u1", 3));
-    EXPECT_EQ(count("u1", "downloadComplete sync"), 1u);
-    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
-}
-
 TEST_F(EndToEndTest, AFailedIncrementalSyncKeepsTheLastSyncTimeSoTheNextSyncStillBringsItsChanges) {
     ASSERT_TRUE(startAndWait("u1", "o1"));
     const auto synced = harness->sync()->lastUpdatedTime("u1");

@@ -88,10 +88,8 @@ void YContactsNetworkService::getContacts(const std::string& yuid, const std::op
             if (!header || !self) return fail(YContactError::authorizationError);
             const auto host = self->authorization->getContactsHost(yuid);
             if (!host) return fail(YContactError::authorizationError);
-            // Every page asks for tombstones: an incremental download needs the contacts deleted since, and
-            // in a full listing a contact deleted while the download runs keeps its place as a tombstone
-            // instead of moving every later contact up into a page already read.
-            const std::optional<bool> showDeleted = true;
+            // An incremental download also asks for the contacts deleted since.
+            const auto showDeleted = updatedTime ? std::optional<bool>(true) : std::nullopt;
             const auto request = self->urlConstructor
                                      ? self->urlConstructor->getContactsURL(*host, yuid, yoid, isOrg, startIndex,
                                                                             limit, updatedTime, showDeleted,

@@ -44,9 +44,6 @@ void YContactsDataManager::runInitialFetch(const std::string& yuid, const std::o
         syncContacts(yuid, yoid);
         return;
     }
-    // An earlier attempt that failed keeps its time.
-    const double began = downloadStartTime(yuid).value_or(millisecondsSince1970());
-    initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.emplace(yuid, began); });
     initialDownload(
         yuid, std::nullopt, false,
         [weak = weak_from_this(), yuid, yoid, removals] {
@@ -251,13 +248,7 @@ bool YContactsDataManager::initialDownloadComplete(const std::string& yuid, bool
 }
 
 double YContactsDataManager::updateSyncTime(const std::string& yuid) {
-    double time = downloadStartTime(yuid).value_or(millisecondsSince1970());
-    initialDownloadBegan_.write([&](std::map<std::string, double>& times) {
-        if (const auto first = times.find(yuid); first != times.end()) {
-            time = std::min(time, first->second);
-            times.erase(first);
-        }
-    });
+    const double time = millisecondsSince1970();
     if (preference_) preference_->setLastUpdatedTime(yuid, time);
     Logger::shared().info("Sync contacts complete");
     unmarkSyncing(yuid);

@@ -56,8 +56,6 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
       intervals_(intervals),
       startedYuids_(boxLabel()),
       removalCounts_(boxLabel()),
-      downloadStartTimes_(boxLabel()),
-      initialDownloadBegan_(boxLabel()),
       timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>(boxLabel(), this)),
       queries_(std::make_shared<YContactsQueries>(
           database_, network_,
@@ -120,7 +118,6 @@ void YContactsDataManager::removeUserData(const std::string& yuid, bool endsRese
         // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
         if (endsReset) clearResetMarker(yuid);
     }
-    initialDownloadBegan_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
     if (database_) database_->deleteAllDetails(yuid);
     if (network_) network_->cancelTasks(yuid);
     if (fileService_) fileService_->deleteAllImages(yuid);
@@ -168,12 +165,9 @@ void YContactsDataManager::destroyInMemory() {
 }
 
 bool YContactsDataManager::markSyncing(const std::string& yuid) {
-    const double now = millisecondsSince1970();
     return syncingYuids_.write([&](YuidList& yuids) {
         if (std::find(yuids.begin(), yuids.end(), yuid) != yuids.end()) return false;
         yuids.push_back(yuid);
-        // Written under the list's lock, so the time always belongs to the download this call marked.
-        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times[yuid] = now; });
         return true;
     });
 }
@@ -181,15 +175,6 @@ bool YContactsDataManager::markSyncing(const std::string& yuid) {
 void YContactsDataManager::unmarkSyncing(const std::string& yuid) {
     syncingYuids_.write([&](YuidList& yuids) {
         if (const auto found = std::find(yuids.begin(), yuids.end(), yuid); found != yuids.end()) yuids.erase(found);
-        downloadStartTimes_.write([&](std::map<std::string, double>& times) { times.erase(yuid); });
-    });
-}
-
-std::optional<double> YContactsDataManager::downloadStartTime(const std::string& yuid) const {
-    return downloadStartTimes_.read([&](const std::map<std::string, double>& times) -> std::optional<double> {
-        const auto found = times.find(yuid);
-        if (found == times.end()) return std::nullopt;
-        return found->second;
     });
 }
 

@@ -173,11 +173,9 @@ private:
     bool writeForDownload(const std::string& yuid, std::uint64_t removals, const std::function<void()>& write);
     void clearResetMarker(const std::string& yuid);
     // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
-    // A user it marks gets now as the start time of the download.
     bool markSyncing(const std::string& yuid);
-    // Removes the first occurrence only, and the user's download start time.
+    // Removes the first occurrence only.
     void unmarkSyncing(const std::string& yuid);
-    std::optional<double> downloadStartTime(const std::string& yuid) const;
     static double millisecondsSince1970();
     void recordStarted(const std::string& yuid);
     void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid);
@@ -204,12 +202,6 @@ private:
     SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
     // Held while a download writes and while removeAllData counts a removal; never while a callback runs.
     std::mutex downloadWrites_;
-    // Per yuid with a download running, when it began (ms since 1970).
-    SafeReadWrite<std::map<std::string, double>> downloadStartTimes_;
-    // Per yuid whose initial download has begun in this process and not completed: when its first attempt
-    // began. A download resumed after a failed page stores this time, so that changes made meanwhile to the
-    // pages stored before the failure come with the next sync.
-    SafeReadWrite<std::map<std::string, double>> initialDownloadBegan_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
     const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
     const std::shared_ptr<YContactsQueries> queries_;

@@ -375,21 +375,7 @@ std::optional<YContactNetworkResponse> YContactsParser::parseSyncContacts(const 
     if (!dict.contacts) return response;
     response.hasMore = *dict.hasMore;
     if (!syncTime) {
-        // Tombstones in a full listing hold the places of deleted contacts; they are deleted ids, never
-        // contacts. An initial page carries deleted ids only when it has tombstones.
-        std::vector<element> live;
-        live.reserve(dict.contacts->size());
-        std::vector<std::string> deleted;
-        for (element entry : *dict.contacts) {
-            object item;
-            if (!entry.get_object().get(item) && boolean(item, "is_deleted") == true) {
-                if (auto contactId = text(item, "contact_id")) deleted.push_back(*contactId);
-                continue;
-            }
-            live.push_back(entry);
-        }
-        response.newContacts = getContacts(live, isOrg);
-        if (!deleted.empty()) response.deletedContacts = std::move(deleted);
+        response.newContacts = getContacts(*dict.contacts, isOrg);
     } else {
         // The conversion to whole milliseconds must be exact enough to compare with; anything else is a
         // caller's fault, reported rather than guessed at.
