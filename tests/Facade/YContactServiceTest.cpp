@@ -154,7 +154,8 @@ TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatab
         EXPECT_EQ(log.givenFile, log.madeFile);
     }
 
-    // The registered database is the configured file itself, not a file inside it.
+    // The default store registers the configured file itself (not a file inside it) as "DefaultDB".
+    const auto store = YContactService::Builders::defaults().database(folder / "store.sqlite");
     ASSERT_TRUE(YSqliteHelper::getShared().execute("CREATE TABLE probe(x INTEGER)", true, "DefaultDB").ok());
     sqlite3* database = nullptr;
     ASSERT_EQ(sqlite3_open_v2((folder.file("store.sqlite")).c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);

@@ -51,17 +51,25 @@ TEST_F(StoreReadsTest, SearchMatchesNamePrefixesAndAddressesIgnoringCaseEachCont
     EXPECT_EQ(idsOf(store->getContactsList("u1", false, std::string("an"), 1, 1)), (Ids{"dora"}));
 }
 
-TEST_F(StoreReadsTest, SearchesAreRangeScansOnIndexesNotFullScans) {
-    const auto plan = YSqliteHelper::getShared().select(
-        "EXPLAIN QUERY PLAN SELECT contactId FROM YContactDetail WHERE yuid = 'u1' AND " +
-            YContactsDatabaseSchema::fullNameExpression + " >= 'an' COLLATE NOCASE AND " +
-            YContactsDatabaseSchema::fullNameExpression + " < 'an\xFF' COLLATE NOCASE",
-        true, identifier());
-    ASSERT_TRUE(plan.ok());
-    ASSERT_FALSE(plan.value().empty());
-    const auto detail = std::get<std::string>(plan.value().front().at("detail"));
-    EXPECT_NE(detail.find("USING INDEX YContactDetailFullName"), std::string::npos) << detail;
-    EXPECT_NE(detail.find(">? AND"), std::string::npos) << detail;
+TEST_F(StoreReadsTest, SearchesWalkThePrefixIndexesInListOrderWithoutSortingTheMatches) {
+    // One, two and three letters use their own prefix index; longer texts use the three-letter one. The
+    // index gives the list order, so nothing is sorted and the walk ends at the page's end.
+    const std::pair<std::string, std::string> cases[] = {
+        {"a", "YContactSearchPrefix1"}, {"an", "YContactSearchPrefix2"}, {"ann", "YContactSearchPrefix3"},
+        {"anna k", "YContactSearchPrefix3"}};
+    for (const auto& [text, index] : cases) {
+        for (const bool withoutNickNamesOrGroups : {false, true}) {
+            const auto [sql, bindings] = YContactsDatabaseService::searchStatement(
+                "u1", text, true, !withoutNickNamesOrGroups, withoutNickNamesOrGroups, 50, 0);
+            const auto plan =
+                YSqliteHelper::getShared().select("EXPLAIN QUERY PLAN " + sql, bindings, true, identifier());
+            ASSERT_TRUE(plan.ok()) << text;
+            std::string details;
+            for (const auto& row : plan.value()) details += std::get<std::string>(row.at("detail")) + "\n";
+            EXPECT_NE(details.find("SEARCH s USING COVERING INDEX " + index), std::string::npos) << details;
+            EXPECT_EQ(details.find("TEMP B-TREE"), std::string::npos) << details;
+        }
+    }
 }
 
 TEST_F(StoreReadsTest, LookupsByAddressUserIdAndIdPickTheRightContact) {

@@ -41,11 +41,8 @@ std::shared_ptr<YContactsDatabaseContract> YContactService::databaseService() {
             return nullptr;
         }
         const std::filesystem::path& databaseURL = *config->databaseStorageURL;
-        auto service = builders_.database ? builders_.database(databaseURL) : nullptr;
-        // A failed registration is logged by the helper; later statements then fail and read as absent.
-        YSqliteHelper::getShared().registerDB(
-            databaseIdentifier, YSqliteConfiguration(YSqliteConnectionMode::readWrite, databaseURL.string()));
-        return service;
+        // The store registers its file with YSqliteHelper itself when it is built.
+        return builders_.database ? builders_.database(databaseURL) : nullptr;
     });
 }
 

@@ -2,6 +2,9 @@
 
 #include <charconv>
 #include <cmath>
+#include <set>
+#include <unordered_map>
+#include <utility>
 
 #include "ycontacts/Contacts/Data/Database/YCategoryDetailTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactCategoryTable.h"
@@ -9,6 +12,7 @@
 #include "ycontacts/Contacts/Data/Database/YContactEmailTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactIMTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactPhoneTable.h"
+#include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 
 namespace ycontacts {
@@ -78,6 +82,25 @@ E enumeration(const std::optional<std::string>& text, E fallback) {
     return fromRawValue<E>(*text).value_or(fallback);
 }
 
+// The name a contact has without a display name of its own.
+std::string fullName(const YContact& contact) {
+    std::string name = contact.firstName;
+    if (contact.middleName) name += " " + *contact.middleName;
+    if (contact.lastName) name += " " + *contact.lastName;
+    return name;
+}
+
+const std::vector<std::string>& prefixColumns() {
+    static const std::vector<std::string> columns = [] {
+        std::vector<std::string> names;
+        for (std::size_t length = 1; length <= YContactSearchTable::prefixLengths; ++length) {
+            names.push_back("prefix" + std::to_string(length));
+        }
+        return names;
+    }();
+    return columns;
+}
+
 template <class Make>
 std::vector<YSqliteRow> childRows(const std::vector<YContact>& contacts, Make&& make) {
     std::vector<YSqliteRow> rows;
@@ -86,6 +109,16 @@ std::vector<YSqliteRow> childRows(const std::vector<YContact>& contacts, Make&& 
 }
 
 }  // namespace
+
+std::string YContactsDataMaper::foldedCase(const std::string& text) {
+    std::string folded = text;
+    for (auto& character : folded) {
+        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
+    }
+    return folded;
+}
+
+std::string YContactsDataMaper::sortName(const YContact& contact) { return foldedCase(contact.getDisplayName()); }
 
 std::optional<std::string> YContactsDataMaper::text(const YSqliteRow& row, const std::string& column) {
     const auto found = row.find(column);
@@ -152,6 +185,8 @@ std::vector<YSqliteRow> YContactsDataMaper::contactDetailRows(const std::vector<
         row.emplace(Detail::isOrg, contact.isOrg);
         row.emplace(Detail::isEditable, contact.isEditable);
         row.emplace(Detail::hasPhoto, contact.hasPhoto);
+        put(row, Detail::displayName, contact.displayName);
+        row.emplace(Detail::sortName, sortName(contact));
         rows.push_back(std::move(row));
     }
     return rows;
@@ -230,6 +265,44 @@ std::vector<YSqliteRow> YContactsDataMaper::categoryDetailRows(const std::vector
     return rows;
 }
 
+std::vector<YSqliteRow> YContactsDataMaper::searchRows(const std::vector<YContact>& contacts,
+                                                       const std::string& yuid) const {
+    using Search = YContactSearchTable;
+    std::unordered_map<std::string, std::size_t> lastOccurrence;
+    for (std::size_t index = 0; index < contacts.size(); ++index) lastOccurrence[contacts[index].contactId] = index;
+
+    std::vector<YSqliteRow> rows;
+    for (std::size_t index = 0; index < contacts.size(); ++index) {
+        const YContact& contact = contacts[index];
+        if (lastOccurrence.at(contact.contactId) != index) continue;
+        std::vector<std::pair<int, std::string>> sources{{Search::nameKind, fullName(contact)}};
+        if (contact.displayName) sources.emplace_back(Search::nameKind, *contact.displayName);
+        if (contact.lastName) sources.emplace_back(Search::nameKind, *contact.lastName);
+        if (contact.nickName) sources.emplace_back(Search::nickNameKind, *contact.nickName);
+        if (contact.primaryEmail) sources.emplace_back(Search::addressKind, contact.primaryEmail->emailId);
+        for (const auto& email : contact.emails) sources.emplace_back(Search::addressKind, email.emailId);
+
+        const std::string listedAs = sortName(contact);
+        std::set<std::pair<int, std::string>> seen;
+        for (auto& [kind, source] : sources) {
+            std::string term = foldedCase(source);
+            if (term.empty() || !seen.emplace(kind, term).second) continue;
+            YSqliteRow row{{Search::yuid, yuid},
+                           {Search::contactId, contact.contactId},
+                           {Search::kind, static_cast<std::int64_t>(kind)},
+                           {Search::isOrg, contact.isOrg},
+                           {Search::weightage, static_cast<std::int64_t>(contact.weightage)},
+                           {Search::sortName, listedAs}};
+            for (std::size_t length = 1; length <= Search::prefixLengths; ++length) {
+                row.emplace(prefixColumns()[length - 1], term.substr(0, length));
+            }
+            row.emplace(Search::term, std::move(term));
+            rows.push_back(std::move(row));
+        }
+    }
+    return rows;
+}
+
 YContact YContactsDataMaper::contact(const YSqliteRow& row) const {
     YContact contact(text(row, Detail::contactId).value_or(""), text(row, Detail::firstName).value_or(""),
                      integer(row, Detail::createdTime).value_or(0));
@@ -256,6 +329,7 @@ YContact YContactsDataMaper::contact(const YSqliteRow& row) const {
     contact.notes = text(row, Detail::notes);
     contact.isEditable = flag(row, Detail::isEditable, false);
     contact.type = enumeration(text(row, Detail::type), YContactType::user);
+    contact.displayName = text(row, Detail::displayName);
     return contact;
 }
 

@@ -25,6 +25,10 @@ public:
     std::vector<YSqliteRow> categoryRows(const std::vector<YContact>& contacts, const std::string& yuid) const;
     std::vector<YSqliteRow> categoryDetailRows(const std::vector<YContactCategory>& categories,
                                                const std::string& yuid) const;
+    // The typeahead rows: one per distinct term of each contact (its full name, display name, last name,
+    // nick name, primary e-mail and e-mail addresses, folded), empty terms left out. A contact id that
+    // comes more than once gets the rows of its last occurrence only, as its detail row does.
+    std::vector<YSqliteRow> searchRows(const std::vector<YContact>& contacts, const std::string& yuid) const;
 
     // The contact of a detail row, without its child lists; the primary e-mail keeps isPrimary false until
     // the e-mail rows are attached with attachChildRows.
@@ -43,6 +47,11 @@ public:
                          const std::vector<const YSqliteRow*>& phoneRows, const std::vector<const YSqliteRow*>& imRows,
                          const std::vector<const YSqliteRow*>& urlRows,
                          const std::vector<const YSqliteRow*>& categoryRows) const;
+
+    // ASCII letters lowered, every other byte kept: the comparison SQLite's NOCASE makes, as plain text.
+    static std::string foldedCase(const std::string& text);
+    // The name a contact is listed by: its display name, folded.
+    static std::string sortName(const YContact& contact);
 
     // Column values read leniently; absent for NULL or an unconvertible value.
     static std::optional<std::string> text(const YSqliteRow& row, const std::string& column);

@@ -8,6 +8,7 @@
 #include "ycontacts/Contacts/Data/Database/YContactEmailTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactIMTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactPhoneTable.h"
+#include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
@@ -25,9 +26,10 @@ std::string joined(const std::vector<std::string>& items) {
 }
 
 template <class Table>
-std::string createTable() {
+std::string createTable(const std::vector<std::string>& addedTextColumns = {}) {
     std::vector<std::string> columns;
     for (const auto& column : Table::textColumns) columns.push_back(column + " TEXT");
+    for (const auto& column : addedTextColumns) columns.push_back(column + " TEXT");
     for (const auto& column : Table::integerColumns) columns.push_back(column + " INTEGER");
     // Flags are INTEGER columns holding 0 or 1.
     for (const auto& column : Table::boolColumns) columns.push_back(column + " INTEGER");
@@ -41,32 +43,38 @@ std::string createIndex(const std::string& name, const std::string& table, const
 
 }  // namespace
 
-const std::string YContactsDatabaseSchema::fullNameExpression =
-    "(firstName || IFNULL(' ' || middleName, '') || IFNULL(' ' || lastName, ''))";
-
 std::string YContactsDatabaseSchema::createStatements() {
     const std::string& detail = YContactDetailTable::tableName;
-    const std::string listOrder = "weightage DESC, " + fullNameExpression + " COLLATE NOCASE, contactId";
+    const std::string& search = YContactSearchTable::tableName;
+    const std::string listOrder = "weightage DESC, sortName, contactId";
     std::string sql = "BEGIN;\n";
-    sql += createTable<YContactDetailTable>();
+    sql += createTable<YContactDetailTable>(YContactDetailTable::addedTextColumns);
     sql += createTable<YContactEmailTable>();
     sql += createTable<YContactPhoneTable>();
     sql += createTable<YContactIMTable>();
     sql += createTable<YContactUrlTable>();
     sql += createTable<YContactCategoryTable>();
     sql += createTable<YCategoryDetailTable>();
+    sql += createTable<YContactSearchTable>();
     // Listing pages walk these in order instead of sorting the user's contacts.
     sql += createIndex("YContactDetailListOrder", detail, "yuid, " + listOrder);
     sql += createIndex("YContactDetailKindListOrder", detail, "yuid, isOrg, " + listOrder);
-    // Prefix searches are range scans on case-folded keys. The first name needs none of its own: the full
-    // name begins with it.
-    sql += createIndex("YContactDetailFullName", detail, "yuid, " + fullNameExpression + " COLLATE NOCASE");
-    sql += createIndex("YContactDetailLastName", detail, "yuid, lastName COLLATE NOCASE");
-    sql += createIndex("YContactDetailNickName", detail, "yuid, nickName COLLATE NOCASE");
+    // Look-ups by address and by the contact's own user id.
     sql += createIndex("YContactDetailPrimaryEmail", detail, "yuid, primaryEmail COLLATE NOCASE");
     sql += createIndex("YContactDetailContactYuid", detail, "yuid, contactYuid");
     sql += createIndex("YContactEmailAddress", YContactEmailTable::tableName, "yuid, email COLLATE NOCASE");
     sql += createIndex("YContactCategoryMembers", YContactCategoryTable::tableName, "yuid, categoryId");
+    // Typeahead: the terms that start with a text of one, two or three bytes come out of one of these in
+    // list order, with the kind of each term, so that a search reads no table rows. A longer text is looked
+    // for among the terms sharing its first three bytes, so only that index carries the term itself; the
+    // others stay small, which keeps the pages a page save dirties few.
+    for (std::size_t length = 1; length <= YContactSearchTable::prefixLengths; ++length) {
+        const std::string number = std::to_string(length);
+        std::string columns = "yuid, isOrg, prefix";
+        columns += number + ", " + listOrder + ", kind";
+        if (length == YContactSearchTable::prefixLengths) columns += ", term";
+        sql += createIndex("YContactSearchPrefix" + number, search, columns);
+    }
     sql += "COMMIT;\n";
     return sql;
 }

@@ -1,5 +1,5 @@
 #pragma once
-// YContactsDatabaseSchema: creates the store's seven tables and the indexes its reads use, for hosts and tests.
+// YContactsDatabaseSchema: creates the store's tables and the indexes its reads use, for hosts and tests.
 
 #include <string>
 
@@ -11,12 +11,10 @@ struct YContactsDatabaseSchema {
     // in one transaction; running it again changes nothing. False (and a log line) when a statement fails.
     static bool createTables(const std::string& identifier);
 
-    // The statements createTables runs, built from the table descriptors' column lists.
+    // The statements createTables runs, built from the table descriptors' column lists. Tables that
+    // already exist are kept as they are: a database made by an older build without the store's added
+    // columns and search table is not upgraded and has to be created anew.
     static std::string createStatements();
-
-    // A contact's full name as the store sorts and searches it: the first name, then " " and the middle
-    // name when present, then " " and the last name when present. Indexed, so queries must use this text.
-    static const std::string fullNameExpression;
 };
 
 }  // namespace ycontacts

@@ -13,6 +13,7 @@
 #include "ycontacts/Contacts/Data/Database/YContactEmailTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactIMTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactPhoneTable.h"
+#include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
@@ -45,7 +46,9 @@ bool namesColumn(const std::string& id) {
     static const auto names = [] {
         std::vector<std::string> all{"rowid", "oid", "_rowid_"};
         for (const auto* list : {&YContactDetailTable::textColumns, &YContactDetailTable::integerColumns,
-                                 &YContactDetailTable::boolColumns, &YContactEmailTable::textColumns,
+                                 &YContactDetailTable::boolColumns, &YContactDetailTable::addedTextColumns,
+                                 &YContactSearchTable::textColumns, &YContactSearchTable::integerColumns,
+                                 &YContactSearchTable::boolColumns, &YContactEmailTable::textColumns,
                                  &YContactEmailTable::boolColumns, &YContactPhoneTable::textColumns,
                                  &YContactIMTable::textColumns, &YContactUrlTable::textColumns,
                                  &YContactCategoryTable::textColumns, &YCategoryDetailTable::textColumns}) {
@@ -57,10 +60,12 @@ bool namesColumn(const std::string& id) {
     return std::find(names.begin(), names.end(), lowered) != names.end();
 }
 
-const std::array<std::string, 6>& contactTables() {
-    static const std::array<std::string, 6> tables{
+// The typeahead rows go last: until the contact's own rows are gone, a search may still find it.
+const std::array<std::string, 7>& contactTables() {
+    static const std::array<std::string, 7> tables{
         YContactDetailTable::tableName, YContactPhoneTable::tableName, YContactEmailTable::tableName,
-        YContactIMTable::tableName,     YContactUrlTable::tableName,   YContactCategoryTable::tableName};
+        YContactIMTable::tableName,     YContactUrlTable::tableName,   YContactCategoryTable::tableName,
+        YContactSearchTable::tableName};
     return tables;
 }
 
@@ -124,6 +129,7 @@ void YContactsDatabaseService::save(const std::string& yuid, const std::vector<Y
     helper.save(YContactUrlTable::tableName, databaseMapper.urlRows(contacts, yuid), true, alert, identifier);
     helper.save(YContactCategoryTable::tableName, databaseMapper.categoryRows(contacts, yuid), true, alert,
                 identifier);
+    helper.save(YContactSearchTable::tableName, databaseMapper.searchRows(contacts, yuid), true, alert, identifier);
 }
 
 void YContactsDatabaseService::updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) {
@@ -143,7 +149,8 @@ void YContactsDatabaseService::deleteAllDetails(const std::string& yuid) {
     // Category names stay: they belong to the user, not to the contacts.
     for (const auto* table : {&YContactDetailTable::tableName, &YContactUrlTable::tableName,
                               &YContactPhoneTable::tableName, &YContactIMTable::tableName,
-                              &YContactEmailTable::tableName, &YContactCategoryTable::tableName}) {
+                              &YContactEmailTable::tableName, &YContactCategoryTable::tableName,
+                              &YContactSearchTable::tableName}) {
         helper.deleteFrom(*table, where, alert, identifier);
     }
 }
@@ -165,10 +172,13 @@ void YContactsDatabaseService::updateUsageCount(const std::string& yuid, const s
                                                 const std::string& usageCount) {
     const std::string where = "contactId = '" + doubled(contactId, '\'') + "' AND " + YContactDetailTable::yuid +
                               " = '" + doubled(yuid, '\'') + "'";
-    // Passed as text; the column's integer affinity stores a number.
-    YSqliteHelper::getShared().update(YContactDetailTable::tableName, where,
-                                      YSqliteRow{{YContactDetailTable::weightage, usageCount}}, std::nullopt, alert,
-                                      identifier);
+    // Passed as text; the column's integer affinity stores a number. The typeahead rows carry the weight
+    // as a list-order key and follow.
+    auto& helper = YSqliteHelper::getShared();
+    for (const auto* table : {&YContactDetailTable::tableName, &YContactSearchTable::tableName}) {
+        helper.update(*table, where, YSqliteRow{{YContactDetailTable::weightage, usageCount}}, std::nullopt, alert,
+                      identifier);
+    }
 }
 
 void YContactsDatabaseService::updateContactsUsageCount(const std::string& yuid,

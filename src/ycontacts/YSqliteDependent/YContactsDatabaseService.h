@@ -1,11 +1,13 @@
 #pragma once
 // YContactsDatabaseService: the local contact store over YSqliteHelper; every statement is limited to one user.
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
@@ -41,13 +43,17 @@ public:
     void updateContactId(const std::string& yuid, const std::string& oldContactId,
                          const std::string& newContactId) override;
     // Without a search text: the user's contacts (only org or only personal ones when isOrg is given),
-    // by weightage, highest first, then by name ignoring case, then by id; `from` rows skipped, at most
-    // `limit` returned. With a search text: the same, limited to contacts whose first, last, nick or full
-    // name, or one of whose e-mail addresses, begins with the text ignoring case; each contact once.
+    // by weightage, highest first, then by display name ignoring ASCII case, then by id; `from` rows
+    // skipped, at most `limit` returned. With a search text: the same, limited to contacts whose full,
+    // display, last or nick name, primary e-mail or one of whose e-mail addresses begins with the text
+    // ignoring ASCII case; each contact once.
     std::optional<std::vector<YContact>> getContacts(const std::string& yuid, std::optional<bool> isOrg,
                                                      const std::optional<std::string>& searchStr,
                                                      std::optional<int> from, std::optional<int> limit) override;
-    // The same answer as getContacts.
+    // The same contacts in the same order as getContacts, in a lighter form for showing a list: names,
+    // display name, e-mail addresses, phone numbers, photo, type, user id, weightage, company, job title and
+    // designation. Home and work addresses, web and IM addresses, categories, birthday, notes and gender
+    // are left absent (or empty).
     std::optional<std::vector<YContact>> getContactsList(const std::string& yuid, std::optional<bool> isOrg,
                                                          const std::optional<std::string>& searchStr,
                                                          std::optional<int> from, std::optional<int> limit) override;
@@ -62,7 +68,9 @@ public:
     std::optional<YContact> getContactByContactId(const std::string& yuid, const std::string& contactId) override;
     void deleteAllDetails(const std::string& yuid) override;
     // One suggestion per e-mail address of the matching contacts: by weightage, personal before org,
-    // then name. A contact matching by name offers all its addresses, otherwise only the matching ones.
+    // then display name, then id; a contact's own addresses primary first, then in saved order. A contact
+    // matching by name offers all its addresses, otherwise only the matching ones. An empty text matches
+    // every contact by name.
     std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const std::string& yuid,
                                                                          std::optional<bool> isOrg,
                                                                          const std::string& searchStr,
@@ -92,15 +100,57 @@ public:
     // the rowid would be read as that column, so it alone is written between apostrophes instead.
     static std::string idList(const std::vector<std::string>& ids);
     static std::string fixPersonalContactsStatement(const std::string& yuid);
+    // The statement and bindings that find, in list order, the contacts of one population whose terms begin
+    // with the search text; `count` and `skip` page them. Public so that its query plan can be checked.
+    static std::pair<std::string, std::vector<YSqliteValue>> searchStatement(const std::string& yuid,
+                                                                              const std::string& searchStr,
+                                                                              bool isOrg, bool withNickNames,
+                                                                              bool withoutGroups, std::int64_t count,
+                                                                              std::int64_t skip);
 
 private:
-    // Detail rows turned into contacts with their child rows attached; absent when a statement fails.
-    std::optional<std::vector<YContact>> contactsWithChildren(const std::vector<YSqliteRow>& detailRows) const;
+    // Which child tables a read attaches.
+    struct ChildTables {
+        bool emails;
+        bool phones;
+        bool ims;
+        bool urls;
+        bool categories;
+    };
+    static constexpr ChildTables allChildTables{true, true, true, true, true};
+    static constexpr ChildTables listFormChildTables{true, true, false, false, false};
+
+    // One contact a search found, with its list-order keys and the best kind of term that matched.
+    struct Match {
+        std::string contactId;
+        std::int64_t weightage;
+        std::string sortName;
+        std::int64_t matchKind;
+    };
+
+    // searchStatement's contacts; absent when the statement fails.
+    std::optional<std::vector<Match>> matches(const std::string& yuid, bool isOrg, const std::string& searchStr,
+                                              bool withNickNames, bool withoutGroups, std::int64_t count,
+                                              std::int64_t skip) const;
+    // The page [from, from + limit) of the contacts matching the search in list order, of one population or,
+    // when isOrg is absent, of both merged.
+    std::optional<std::vector<Match>> searchPage(const std::string& yuid, std::optional<bool> isOrg,
+                                                 const std::string& searchStr, bool withNickNames,
+                                                 bool withoutGroups, std::int64_t from,
+                                                 std::optional<int> limit) const;
+    // The detail rows (`columns`, selected from "d") of the found contacts, in their order.
+    std::optional<std::vector<YSqliteRow>> detailRows(const std::string& yuid, const std::vector<Match>& found,
+                                                      const std::string& columns) const;
+    // Detail rows turned into contacts with the wanted child rows attached; absent when a statement fails.
+    std::optional<std::vector<YContact>> contactsWithChildren(const std::vector<YSqliteRow>& detailRows,
+                                                              ChildTables wanted) const;
     std::optional<std::vector<YContact>> selectContacts(const std::string& sql,
-                                                        const std::vector<YSqliteValue>& bindings) const;
+                                                        const std::vector<YSqliteValue>& bindings,
+                                                        ChildTables wanted = allChildTables) const;
     std::optional<std::vector<YContact>> listContacts(const std::string& yuid, std::optional<bool> isOrg,
                                                       const std::optional<std::string>& searchStr,
-                                                      std::optional<int> from, std::optional<int> limit) const;
+                                                      std::optional<int> from, std::optional<int> limit,
+                                                      bool listForm) const;
 };
 
 }  // namespace ycontacts

@@ -1,7 +1,10 @@
 // The reads of YContactsDatabaseService. Values typed by a user or sent by the server are bound, never
-// spliced into the text. Searches are prefix matches ignoring ASCII case, done as range scans on the NOCASE
-// indexes YContactsDatabaseSchema creates.
+// spliced into the text. A search walks the typeahead table's prefix indexes in list order and stops once
+// it has the page, so its cost follows the page size rather than the number of matches. Rows of a known
+// set of contacts are read by joining a JSON array of their ids, which needs no temporary table.
 #include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -12,169 +15,281 @@
 #include "ycontacts/Contacts/Data/Database/YContactEmailTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactIMTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactPhoneTable.h"
+#include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
-#include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
 namespace ycontacts {
 
 namespace {
 
+using Search = YContactSearchTable;
+
 constexpr bool alert = true;
 // Above this many contacts the children of the whole user are read at once instead of id by id.
 constexpr std::size_t wholeUserChildThreshold = 2048;
-// Id lists are padded to one of these lengths so that few statement texts exist and stay cached.
-constexpr std::size_t idChunkSizes[] = {1, 16, 128};
+// The first batch of contacts a suggestion read takes, when the caller asks for fewer addresses.
+constexpr std::int64_t smallestSuggestionBatch = 16;
 
-const std::string& fullName() { return YContactsDatabaseSchema::fullNameExpression; }
+// The list order: weightage, highest first, then the folded display name, then the id.
+const std::string listOrder = " ORDER BY weightage DESC, sortName, contactId";
 
-std::string listOrder() { return " ORDER BY weightage DESC, " + fullName() + " COLLATE NOCASE, contactId"; }
-
-// Strings starting with `prefix` ignoring ASCII case are those in [prefix, prefix + 0xFF) under NOCASE:
-// no UTF-8 text holds the byte 0xFF, so every continuation sorts below the upper bound.
-std::pair<YSqliteValue, YSqliteValue> prefixRange(const std::string& prefix) {
-    return {YSqliteValue(prefix), YSqliteValue(prefix + '\xFF')};
+// What the list form reads of a detail row: what a row of a contact list shows, and no addresses, birthday,
+// notes or gender.
+const std::string& listFormColumns() {
+    static const std::string columns = [] {
+        using Detail = YContactDetailTable;
+        std::string text;
+        for (const auto* column :
+             {&Detail::yuid, &Detail::contactId, &Detail::firstName, &Detail::middleName, &Detail::lastName,
+              &Detail::nickName, &Detail::displayName, &Detail::primaryEmail, &Detail::contactYuid, &Detail::type,
+              &Detail::photoURL, &Detail::hasPhoto, &Detail::company, &Detail::jobTitle, &Detail::designation,
+              &Detail::weightage, &Detail::createdTime, &Detail::isOrg, &Detail::isEditable}) {
+            if (!text.empty()) text += ", ";
+            text += "d." + *column + " AS " + *column;
+        }
+        return text;
+    }();
+    return columns;
 }
 
-std::string rangeOn(const std::string& column) {
-    return column + " >= ? COLLATE NOCASE AND " + column + " < ? COLLATE NOCASE";
-}
-
-// A select of the ids of the user's contacts that match the search in any of the given name columns or in
-// an e-mail address; appends its bindings.
-std::string matchingIds(const std::string& yuid, const std::string& prefix, bool searchNickname,
-                        std::vector<YSqliteValue>& bindings) {
-    const auto [low, high] = prefixRange(prefix);
-    std::vector<std::string> nameColumns{fullName(), YContactDetailTable::lastName};
-    if (searchNickname) nameColumns.push_back(YContactDetailTable::nickName);
-    std::string sql;
-    for (const auto& column : nameColumns) {
-        sql += "SELECT contactId FROM YContactDetail WHERE yuid = ? AND " + rangeOn(column) + " UNION ";
-        bindings.insert(bindings.end(), {yuid, low, high});
+// The ids as a JSON array for json_each: quotes, backslashes and control characters escaped, every other
+// byte as it is.
+std::string jsonArray(const std::vector<std::string>& texts) {
+    std::string json = "[";
+    for (const auto& text : texts) {
+        if (json.size() > 1) json += ',';
+        json += '"';
+        for (const char character : text) {
+            const auto byte = static_cast<unsigned char>(character);
+            if (character == '"' || character == '\\') {
+                json += '\\';
+                json += character;
+            } else if (byte < 0x20) {
+                char escaped[8];
+                std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
+                json += escaped;
+            } else {
+                json += character;
+            }
+        }
+        json += '"';
     }
-    sql += "SELECT contactId FROM YContactDetail WHERE yuid = ? AND " + rangeOn("primaryEmail") + " UNION ";
-    sql += "SELECT contactId FROM YContactEmailTable WHERE yuid = ? AND " + rangeOn("email");
-    bindings.insert(bindings.end(), {yuid, low, high, yuid, low, high});
-    return sql;
-}
-
-std::string lowercasedAscii(std::string text) {
-    for (auto& character : text) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return text;
+    json += ']';
+    return json;
 }
 
 // The list order of the reads, for results gathered from several statements.
 void sortInListOrder(std::vector<YContact>& contacts) {
     std::stable_sort(contacts.begin(), contacts.end(), [](const YContact& left, const YContact& right) {
         if (left.weightage != right.weightage) return left.weightage > right.weightage;
-        const std::string leftName = lowercasedAscii(left.getDisplayName());
-        const std::string rightName = lowercasedAscii(right.getDisplayName());
+        const std::string leftName = YContactsDataMaper::sortName(left);
+        const std::string rightName = YContactsDataMaper::sortName(right);
         if (leftName != rightName) return leftName < rightName;
         return left.contactId < right.contactId;
     });
 }
 
-struct ChildRows {
-    std::vector<YSqliteRow> rows;
-    std::unordered_map<std::string, std::vector<const YSqliteRow*>> byContact;
-
-    void index() {
-        for (const auto& row : rows) {
-            if (auto id = YContactsDataMaper::text(row, "contactId")) byContact[*id].push_back(&row);
-        }
-    }
-    const std::vector<const YSqliteRow*>& of(const std::string& contactId) const {
-        static const std::vector<const YSqliteRow*> none;
-        const auto found = byContact.find(contactId);
-        return found == byContact.end() ? none : found->second;
-    }
-};
+std::int64_t pageEnd(std::int64_t from, std::optional<int> limit) {
+    // SQLite reads a negative LIMIT as none.
+    if (!limit || *limit < 0) return -1;
+    return from + *limit;
+}
 
 }  // namespace
 
+std::pair<std::string, std::vector<YSqliteValue>> YContactsDatabaseService::searchStatement(
+    const std::string& yuid, const std::string& searchStr, bool isOrg, bool withNickNames, bool withoutGroups,
+    std::int64_t count, std::int64_t skip) {
+    const std::string folded = YContactsDataMaper::foldedCase(searchStr);
+    std::vector<YSqliteValue> bindings;
+    std::string sql;
+    if (folded.empty()) {
+        sql = "SELECT contactId, weightage, sortName, " + std::to_string(Search::nameKind) +
+              " AS matchKind FROM YContactDetail WHERE yuid = ? AND isOrg = ?";
+        if (withoutGroups) sql += " AND type IS NOT 'group'";
+        sql += listOrder + " LIMIT ? OFFSET ?";
+        bindings = {yuid, isOrg, count, skip};
+        return {std::move(sql), std::move(bindings)};
+    }
+    // The longest prefix column the text fills; a longer text is then compared as a whole among the terms
+    // that share those first bytes.
+    const std::size_t length = std::min(folded.size(), Search::prefixLengths);
+    sql = "SELECT contactId, weightage, sortName, MIN(kind) AS matchKind FROM YContactSearchTable s WHERE yuid = ? "
+          "AND isOrg = ? AND prefix" +
+          std::to_string(length) + " = ?";
+    bindings = {yuid, isOrg, folded.substr(0, length)};
+    if (folded.size() > length) {
+        // No UTF-8 text holds the byte 0xFF, so every continuation of the text sorts below the bound.
+        sql += " AND term >= ? AND term < ?";
+        bindings.insert(bindings.end(), {folded, folded + '\xFF'});
+    }
+    if (!withNickNames) sql += " AND kind <> " + std::to_string(Search::nickNameKind);
+    if (withoutGroups) {
+        sql += " AND NOT EXISTS (SELECT 1 FROM YContactDetail g WHERE g.yuid = s.yuid AND g.contactId = "
+               "s.contactId AND g.type = 'group')";
+    }
+    // Grouping on the index's own order keeps the walk streaming, so LIMIT ends it.
+    sql += " GROUP BY weightage, sortName, contactId" + listOrder + " LIMIT ? OFFSET ?";
+    bindings.insert(bindings.end(), {count, skip});
+    return {std::move(sql), std::move(bindings)};
+}
+
+std::optional<std::vector<YContactsDatabaseService::Match>> YContactsDatabaseService::matches(
+    const std::string& yuid, bool isOrg, const std::string& searchStr, bool withNickNames, bool withoutGroups,
+    std::int64_t count, std::int64_t skip) const {
+    const auto [sql, bindings] = searchStatement(yuid, searchStr, isOrg, withNickNames, withoutGroups, count, skip);
+    const auto rows = YSqliteHelper::getShared().select(sql, bindings, alert, identifier);
+    if (!rows.ok()) return std::nullopt;
+    std::vector<Match> found;
+    found.reserve(rows.value().size());
+    for (const auto& row : rows.value()) {
+        found.push_back({YContactsDataMaper::text(row, "contactId").value_or(""),
+                         YContactsDataMaper::integer(row, "weightage").value_or(0),
+                         YContactsDataMaper::text(row, "sortName").value_or(""),
+                         YContactsDataMaper::integer(row, "matchKind").value_or(Search::addressKind)});
+    }
+    return found;
+}
+
+std::optional<std::vector<YContactsDatabaseService::Match>> YContactsDatabaseService::searchPage(
+    const std::string& yuid, std::optional<bool> isOrg, const std::string& searchStr, bool withNickNames,
+    bool withoutGroups, std::int64_t from, std::optional<int> limit) const {
+    const std::int64_t count = limit && *limit >= 0 ? *limit : -1;
+    if (isOrg) return matches(yuid, *isOrg, searchStr, withNickNames, withoutGroups, count, from);
+    // Each population is read up to the page's end, in list order, and the two are merged.
+    const std::int64_t end = pageEnd(from, limit);
+    auto personal = matches(yuid, false, searchStr, withNickNames, withoutGroups, end, 0);
+    auto org = matches(yuid, true, searchStr, withNickNames, withoutGroups, end, 0);
+    if (!personal || !org) return std::nullopt;
+    std::vector<Match> page;
+    page.reserve(personal->size() + org->size());
+    const auto inListOrder = [](const Match& left, const Match& right) {
+        if (left.weightage != right.weightage) return left.weightage > right.weightage;
+        if (left.sortName != right.sortName) return left.sortName < right.sortName;
+        return left.contactId < right.contactId;
+    };
+    std::merge(std::make_move_iterator(personal->begin()), std::make_move_iterator(personal->end()),
+               std::make_move_iterator(org->begin()), std::make_move_iterator(org->end()), std::back_inserter(page),
+               inListOrder);
+    page.erase(page.begin(), page.begin() + std::min<std::int64_t>(from, static_cast<std::int64_t>(page.size())));
+    if (count >= 0 && static_cast<std::int64_t>(page.size()) > count) page.resize(static_cast<std::size_t>(count));
+    return page;
+}
+
+std::optional<std::vector<YSqliteRow>> YContactsDatabaseService::detailRows(const std::string& yuid,
+                                                                            const std::vector<Match>& found,
+                                                                            const std::string& columns) const {
+    std::vector<std::string> ids;
+    ids.reserve(found.size());
+    for (const auto& match : found) ids.push_back(match.contactId);
+    auto rows = YSqliteHelper::getShared().select(
+        "SELECT " + columns + " FROM json_each(?) j CROSS JOIN YContactDetail d ON d.yuid = ? AND d.contactId = j.value",
+        std::vector<YSqliteValue>{jsonArray(ids), yuid}, alert, identifier);
+    if (!rows.ok()) return std::nullopt;
+    auto unordered = rows.takeValue();
+    // Back into the order of the matches; an id whose row has gone meanwhile is skipped.
+    std::unordered_map<std::string, YSqliteRow*> byId;
+    for (auto& row : unordered) {
+        if (auto id = YContactsDataMaper::text(row, YContactDetailTable::contactId)) byId.emplace(*id, &row);
+    }
+    std::vector<YSqliteRow> ordered;
+    ordered.reserve(found.size());
+    for (const auto& id : ids) {
+        if (const auto row = byId.find(id); row != byId.end()) ordered.push_back(std::move(*row->second));
+    }
+    return ordered;
+}
+
 std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChildren(
-    const std::vector<YSqliteRow>& detailRows) const {
+    const std::vector<YSqliteRow>& detailRows, ChildTables wanted) const {
     std::vector<YContact> contacts;
     contacts.reserve(detailRows.size());
     for (const auto& row : detailRows) contacts.push_back(databaseMapper.contact(row));
     if (contacts.empty()) return contacts;
     const std::string yuid = YContactsDataMaper::text(detailRows.front(), YContactDetailTable::yuid).value_or("");
+    std::vector<std::string> ids;
+    ids.reserve(contacts.size());
+    for (const auto& contact : contacts) ids.push_back(contact.contactId);
+    const std::string idArray = jsonArray(ids);
 
-    auto& helper = YSqliteHelper::getShared();
     const std::string* tables[] = {&YContactEmailTable::tableName, &YContactPhoneTable::tableName,
                                    &YContactIMTable::tableName, &YContactUrlTable::tableName,
                                    &YContactCategoryTable::tableName};
-    ChildRows children[5];
+    const bool read[] = {wanted.emails, wanted.phones, wanted.ims, wanted.urls, wanted.categories};
+    std::vector<YSqliteRow> rows[5];
+    std::unordered_map<std::string, std::vector<const YSqliteRow*>> byContact[5];
     for (std::size_t table = 0; table < 5; ++table) {
+        if (!read[table]) continue;
+        const bool wholeUser = contacts.size() > wholeUserChildThreshold;
+        auto selected =
+            wholeUser ? YSqliteHelper::getShared().select("SELECT rowid AS rowOrder, * FROM " + *tables[table] +
+                                                              " WHERE yuid = ?",
+                                                          std::vector<YSqliteValue>{yuid}, alert, identifier)
+                      : YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, c.* FROM json_each(?) j CROSS "
+                                                          "JOIN " + *tables[table] +
+                                                              " c ON c.yuid = ? AND c.contactId = j.value",
+                                                          std::vector<YSqliteValue>{idArray, yuid}, alert, identifier);
+        if (!selected.ok()) return std::nullopt;
+        rows[table] = selected.takeValue();
         // rowid order is the order the rows were saved in, which is the order of the contact's lists.
-        if (contacts.size() > wholeUserChildThreshold) {
-            auto rows = helper.select("SELECT * FROM " + *tables[table] + " WHERE yuid = ? ORDER BY rowid",
-                                      std::vector<YSqliteValue>{yuid}, alert, identifier);
-            if (!rows.ok()) return std::nullopt;
-            children[table].rows = rows.value();
-        } else {
-            for (std::size_t start = 0; start < contacts.size();) {
-                const std::size_t remaining = contacts.size() - start;
-                std::size_t chunk = idChunkSizes[2];
-                for (const std::size_t size : idChunkSizes) {
-                    if (size >= remaining) {
-                        chunk = size;
-                        break;
-                    }
-                }
-                std::vector<YSqliteValue> bindings{yuid};
-                std::string placeholders;
-                for (std::size_t index = 0; index < chunk; ++index) {
-                    // Padding repeats the last id; a repeated IN item matches nothing new.
-                    const auto& contact = contacts[start + std::min(index, remaining - 1)];
-                    bindings.emplace_back(contact.contactId);
-                    placeholders += index == 0 ? "?" : ", ?";
-                }
-                auto rows = helper.select("SELECT * FROM " + *tables[table] + " WHERE yuid = ? AND contactId IN (" +
-                                              placeholders + ") ORDER BY rowid",
-                                          bindings, alert, identifier);
-                if (!rows.ok()) return std::nullopt;
-                auto& target = children[table].rows;
-                target.insert(target.end(), rows.value().begin(), rows.value().end());
-                start += std::min(chunk, remaining);
-            }
+        std::vector<std::pair<std::int64_t, const YSqliteRow*>> inOrder;
+        inOrder.reserve(rows[table].size());
+        for (const auto& row : rows[table]) {
+            inOrder.emplace_back(YContactsDataMaper::integer(row, "rowOrder").value_or(0), &row);
         }
-        children[table].index();
+        std::sort(inOrder.begin(), inOrder.end(),
+                  [](const auto& left, const auto& right) { return left.first < right.first; });
+        // A repeated id in the array would read its rows twice.
+        inOrder.erase(std::unique(inOrder.begin(), inOrder.end(),
+                                  [](const auto& left, const auto& right) { return left.first == right.first; }),
+                      inOrder.end());
+        for (const auto& [order, row] : inOrder) {
+            if (auto id = YContactsDataMaper::text(*row, "contactId")) byContact[table][*id].push_back(row);
+        }
     }
+    static const std::vector<const YSqliteRow*> none;
+    const auto of = [&](std::size_t table, const std::string& id) -> const std::vector<const YSqliteRow*>& {
+        const auto found = byContact[table].find(id);
+        return found == byContact[table].end() ? none : found->second;
+    };
     for (auto& contact : contacts) {
         const auto& id = contact.contactId;
-        databaseMapper.attachChildRows(contact, children[0].of(id), children[1].of(id), children[2].of(id),
-                                       children[3].of(id), children[4].of(id));
+        databaseMapper.attachChildRows(contact, of(0, id), of(1, id), of(2, id), of(3, id), of(4, id));
     }
     return contacts;
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::selectContacts(
-    const std::string& sql, const std::vector<YSqliteValue>& bindings) const {
+    const std::string& sql, const std::vector<YSqliteValue>& bindings, ChildTables wanted) const {
     const auto rows = YSqliteHelper::getShared().select(sql, bindings, alert, identifier);
     if (!rows.ok()) return std::nullopt;
-    return contactsWithChildren(rows.value());
+    return contactsWithChildren(rows.value(), wanted);
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::listContacts(
     const std::string& yuid, std::optional<bool> isOrg, const std::optional<std::string>& searchStr,
-    std::optional<int> from, std::optional<int> limit) const {
+    std::optional<int> from, std::optional<int> limit, bool listForm) const {
+    const std::string columns = listForm ? listFormColumns() : std::string("d.*");
+    const ChildTables wanted = listForm ? listFormChildTables : allChildTables;
+    const std::int64_t skip = std::max(0, from.value_or(0));
+    if (searchStr && !searchStr->empty()) {
+        const auto page = searchPage(yuid, isOrg, *searchStr, true, false, skip, limit);
+        if (!page) return std::nullopt;
+        const auto rows = detailRows(yuid, *page, columns);
+        if (!rows) return std::nullopt;
+        return contactsWithChildren(*rows, wanted);
+    }
     std::vector<YSqliteValue> bindings{yuid};
-    std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ?";
+    std::string sql = "SELECT " + columns + " FROM YContactDetail d WHERE d.yuid = ?";
     if (isOrg) {
-        sql += " AND isOrg = ?";
+        sql += " AND d.isOrg = ?";
         bindings.emplace_back(*isOrg);
     }
-    if (searchStr && !searchStr->empty()) {
-        sql += " AND contactId IN (" + matchingIds(yuid, *searchStr, true, bindings) + ")";
-    }
-    sql += listOrder() + " LIMIT ? OFFSET ?";
-    bindings.emplace_back(static_cast<std::int64_t>(limit.value_or(-1)));
-    bindings.emplace_back(static_cast<std::int64_t>(std::max(0, from.value_or(0))));
-    return selectContacts(sql, bindings);
+    sql += listOrder + " LIMIT ? OFFSET ?";
+    bindings.insert(bindings.end(), {static_cast<std::int64_t>(limit.value_or(-1)), skip});
+    return selectContacts(sql, bindings, wanted);
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const std::string& yuid,
@@ -182,13 +297,13 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const
                                                                           const std::optional<std::string>& searchStr,
                                                                           std::optional<int> from,
                                                                           std::optional<int> limit) {
-    return listContacts(yuid, isOrg, searchStr, from, limit);
+    return listContacts(yuid, isOrg, searchStr, from, limit, false);
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContactsList(
     const std::string& yuid, std::optional<bool> isOrg, const std::optional<std::string>& searchStr,
     std::optional<int> from, std::optional<int> limit) {
-    return listContacts(yuid, isOrg, searchStr, from, limit);
+    return listContacts(yuid, isOrg, searchStr, from, limit, true);
 }
 
 std::optional<YContactsDatabaseContract::ContactCount> YContactsDatabaseService::getContactCount(
@@ -277,43 +392,65 @@ std::optional<YContact> YContactsDatabaseService::getContactByContactId(const st
 
 std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSuggestionContacts(
     const std::string& yuid, std::optional<bool> isOrg, const std::string& searchStr, int limit) {
-    const auto [low, high] = prefixRange(searchStr);
-    std::vector<YSqliteValue> bindings;
-    std::string named;
-    for (const auto& column : {fullName(), YContactDetailTable::lastName, YContactDetailTable::nickName}) {
-        if (!named.empty()) named += " UNION ";
-        named += "SELECT contactId FROM YContactDetail WHERE yuid = ? AND " + rangeOn(column);
-        bindings.insert(bindings.end(), {yuid, low, high});
+    // One address's entry, with the keys that rank it: weightage, personal before org, name, id, and then
+    // the order of the contact's addresses.
+    struct Candidate {
+        YSuggestionContact suggestion;
+        std::int64_t weightage;
+        std::string sortName;
+    };
+    const std::string folded = YContactsDataMaper::foldedCase(searchStr);
+    const auto wantedMore = [&](std::size_t found) { return limit < 0 || found < static_cast<std::size_t>(limit); };
+    std::vector<Candidate> candidates;
+    for (const bool population : {false, true}) {
+        if (isOrg && *isOrg != population) continue;
+        // Contacts come in list order, so an address's first contact is its best one in this population.
+        // Contacts are read in growing batches until enough distinct addresses are found.
+        std::unordered_set<std::string> offered;
+        std::int64_t skip = 0;
+        std::int64_t batch = limit < 0 ? -1 : std::max<std::int64_t>(limit, smallestSuggestionBatch);
+        for (;;) {
+            const auto found = matches(yuid, population, searchStr, true, false, batch, skip);
+            if (!found) return std::nullopt;
+            const auto rows = detailRows(yuid, *found, "d.*");
+            if (!rows) return std::nullopt;
+            const auto contacts = contactsWithChildren(*rows, ChildTables{true, false, false, false, false});
+            if (!contacts) return std::nullopt;
+            std::unordered_map<std::string, std::int64_t> matchKinds;
+            for (const auto& match : *found) matchKinds.emplace(match.contactId, match.matchKind);
+            for (std::size_t index = 0; index < contacts->size(); ++index) {
+                const YContact& contact = (*contacts)[index];
+                const bool byName = matchKinds[contact.contactId] < Search::addressKind;
+                std::vector<std::string> addresses;
+                if (contact.primaryEmail) addresses.push_back(contact.primaryEmail->emailId);
+                for (const auto& email : contact.emails) addresses.push_back(email.emailId);
+                for (const auto& address : addresses) {
+                    // A contact found by name offers every address; one found by address only those that match.
+                    if (!byName && YContactsDataMaper::foldedCase(address).compare(0, folded.size(), folded) != 0) {
+                        continue;
+                    }
+                    if (!offered.insert(address).second) continue;
+                    candidates.push_back({databaseMapper.suggestion((*rows)[index], address), contact.weightage,
+                                          YContactsDataMaper::sortName(contact)});
+                }
+            }
+            if (!wantedMore(offered.size())) break;
+            if (batch < 0 || static_cast<std::int64_t>(found->size()) < batch) break;
+            skip += batch;
+            batch *= 2;
+        }
     }
-    // Addresses that match themselves, and every address of a contact whose name matches.
-    std::string sql = "WITH named(contactId) AS (" + named + "), addresses(contactId, address) AS (" +
-                      "SELECT contactId, email FROM YContactEmailTable WHERE yuid = ? AND " + rangeOn("email") +
-                      " UNION SELECT contactId, primaryEmail FROM YContactDetail WHERE yuid = ? AND " +
-                      rangeOn("primaryEmail") +
-                      " UNION SELECT contactId, email FROM YContactEmailTable WHERE yuid = ? AND contactId IN named"
-                      " UNION SELECT contactId, primaryEmail FROM YContactDetail WHERE yuid = ? AND primaryEmail IS "
-                      "NOT NULL AND contactId IN named)";
-    bindings.insert(bindings.end(), {yuid, low, high, yuid, low, high, yuid, yuid});
-    const std::string rankName = "(d.firstName || IFNULL(' ' || d.middleName, '') || IFNULL(' ' || d.lastName, ''))";
-    sql += ", ranked AS (SELECT a.address AS suggestionEmail, " + rankName +
-           " AS sortName, d.*, ROW_NUMBER() OVER (PARTITION BY a.address ORDER BY d.weightage DESC, d.isOrg ASC, " +
-           rankName + " COLLATE NOCASE, d.contactId) AS addressRank FROM addresses a JOIN YContactDetail d ON "
-           "d.yuid = ? AND d.contactId = a.contactId";
-    bindings.emplace_back(yuid);
-    if (isOrg) {
-        sql += " WHERE d.isOrg = ?";
-        bindings.emplace_back(*isOrg);
-    }
-    sql += ") SELECT * FROM ranked WHERE addressRank = 1 ORDER BY weightage DESC, isOrg ASC, sortName COLLATE "
-           "NOCASE, contactId LIMIT ?";
-    bindings.emplace_back(static_cast<std::int64_t>(limit));
-    const auto rows = YSqliteHelper::getShared().select(sql, bindings, alert, identifier);
-    if (!rows.ok()) return std::nullopt;
+    std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& left, const Candidate& right) {
+        if (left.weightage != right.weightage) return left.weightage > right.weightage;
+        if (left.suggestion.isOrg != right.suggestion.isOrg) return !left.suggestion.isOrg;
+        if (left.sortName != right.sortName) return left.sortName < right.sortName;
+        return left.suggestion.contactId < right.suggestion.contactId;
+    });
     std::vector<YSuggestionContact> suggestions;
-    suggestions.reserve(rows.value().size());
-    for (const auto& row : rows.value()) {
-        suggestions.push_back(
-            databaseMapper.suggestion(row, YContactsDataMaper::text(row, "suggestionEmail").value_or("")));
+    std::unordered_set<std::string> offered;
+    for (auto& candidate : candidates) {
+        if (!wantedMore(suggestions.size())) break;
+        if (offered.insert(candidate.suggestion.email).second) suggestions.push_back(std::move(candidate.suggestion));
     }
     return suggestions;
 }
@@ -321,23 +458,25 @@ std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSugg
 std::optional<std::vector<YContact>> YContactsDatabaseService::getOrgContactSuggestions(
     const std::string& yuid, const std::optional<std::string>& searchStr, std::optional<int> offset, int limit,
     bool excludeGroups, bool shouldSearchNickname) {
-    std::vector<YSqliteValue> bindings{yuid};
+    const std::int64_t skip = std::max(0, offset.value_or(0));
+    if (searchStr && !searchStr->empty()) {
+        const auto page = searchPage(yuid, true, *searchStr, shouldSearchNickname, excludeGroups, skip, limit);
+        if (!page) return std::nullopt;
+        const auto rows = detailRows(yuid, *page, "d.*");
+        if (!rows) return std::nullopt;
+        return contactsWithChildren(*rows, allChildTables);
+    }
     std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ? AND isOrg = 1";
     if (excludeGroups) sql += " AND type IS NOT 'group'";
-    if (searchStr && !searchStr->empty()) {
-        sql += " AND contactId IN (" + matchingIds(yuid, *searchStr, shouldSearchNickname, bindings) + ")";
-    }
-    sql += listOrder() + " LIMIT ? OFFSET ?";
-    bindings.emplace_back(static_cast<std::int64_t>(limit));
-    bindings.emplace_back(static_cast<std::int64_t>(std::max(0, offset.value_or(0))));
-    return selectContacts(sql, bindings);
+    sql += listOrder + " LIMIT ? OFFSET ?";
+    return selectContacts(sql, {yuid, static_cast<std::int64_t>(limit), skip});
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const std::string& yuid,
                                                                           const std::string& categoryId) {
     return selectContacts("SELECT * FROM YContactDetail WHERE yuid = ? AND contactId IN (SELECT contactId FROM "
                           "YContactCategoryTable WHERE yuid = ? AND categoryId = ?)" +
-                              listOrder(),
+                              listOrder,
                           {yuid, yuid, categoryId});
 }
 

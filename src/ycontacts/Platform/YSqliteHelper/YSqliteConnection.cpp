@@ -89,8 +89,11 @@ YSqliteResult<std::shared_ptr<YSqliteConnection>> YSqliteConnection::open(const 
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
 
     // A read-only handle cannot switch the file's journal mode; it follows whatever the writers chose.
-    const char* setup = readOnly ? "PRAGMA foreign_keys=OFF;"
-                                 : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF;";
+    // Reads go through a memory map of up to 256 MiB of the file: a page already in the OS cache then costs
+    // no system call, which is most of what a short read of scattered rows would otherwise spend.
+    const char* setup = readOnly ? "PRAGMA foreign_keys=OFF; PRAGMA mmap_size=268435456;"
+                                 : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF; "
+                                   "PRAGMA mmap_size=268435456;";
     char* message = nullptr;
     const int setupCode = sqlite3_exec(database, setup, nullptr, nullptr, &message);
     if (setupCode != SQLITE_OK) {
@@ -189,6 +192,7 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string&
         if (code == SQLITE_DONE) break;
         if (code != SQLITE_ROW) return lastError(code);
         YSqliteRow row;
+        row.reserve(static_cast<std::size_t>(columnCount));
         for (int column = 0; column < columnCount; ++column) {
             if (sqlite3_column_type(prepared, column) == SQLITE_NULL) continue;
             // With two result columns of one name, the first one wins.

@@ -213,7 +213,10 @@ YSqliteResult<void> YSqliteHelper::update(const std::string& tableName, const st
         if (columnData.empty()) return YSqliteResult<void>();
         std::string sql = "UPDATE";
         if (onConflict) sql += conflictClause(*onConflict);
-        sql += " " + quotedIdentifier(tableName) + " SET ";
+        // Appended piece by piece: GCC 12 misreads `" " + std::string` here as an overlapping copy.
+        sql += ' ';
+        sql += quotedIdentifier(tableName);
+        sql += " SET ";
         std::vector<YSqliteConnection::Binding> bindings;
         bool first = true;
         std::vector<std::string> names;

@@ -29,6 +29,12 @@ public:
         return empty;
     }
 
+    // The value of a successful result moved out, for callers that keep it; a failed one gives an empty value.
+    T takeValue() {
+        if (T* value = std::get_if<0>(&storage_)) return std::move(*value);
+        return T{};
+    }
+
     // The error of a failed result; a successful one gives code 0 and no message.
     const YSqliteError& error() const {
         if (const YSqliteError* error = std::get_if<1>(&storage_)) return *error;

@@ -44,11 +44,18 @@ struct YContactDetailTable {
     inline static const std::string isOrg = "isOrg";
     inline static const std::string isEditable = "isEditable";
     inline static const std::string hasPhoto = "hasPhoto";
+    inline static const std::string displayName = "displayName";
+    inline static const std::string sortName = "sortName";
 
     inline static const std::vector<std::string> textColumns{"yuid", "contactId", "firstName", "middleName", "lastName", "nickName", "gender", "photoURL", "homeStreet1", "homeStreet2", "homeCity", "homeState", "homeCountry", "homePostalCode", "workStreet1", "workStreet2", "workCity", "workState", "workCountry", "workPostalCode", "company", "jobTitle", "designation", "birthDate", "birthMonth", "birthYear", "notes", "type", "primaryEmail", "contactYuid"};
     inline static const std::vector<std::string> integerColumns{"weightage", "createdTime"};
     inline static const std::vector<std::string> boolColumns{"isOrg", "isEditable", "hasPhoto"};
     inline static const std::vector<std::string> primaryKeys{"yuid", "contactId"};
+
+    // Text columns the store adds to the 35 above, which stay as they are: the contact's own display name,
+    // and the name it is listed by (its display name folded to lower case, ASCII letters only), which the
+    // list-order indexes cover.
+    inline static const std::vector<std::string> addedTextColumns{"displayName", "sortName"};
 };
 
 }  // namespace ycontacts
