@@ -83,6 +83,7 @@ YContact expectedContact(const sample_server::SampleContactsServer& server, cons
     contact.middleName = sample.middleName;
     contact.lastName = sample.lastName;
     contact.nickName = sample.nickName;
+    contact.displayName = sample.displayName;
     for (const auto& email : sample.emails) {
         YContact::Email entry(email.address);
         entry.isPrimary = email.isPrimary;

@@ -155,10 +155,10 @@ TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatab
     }
 
     // The default store registers the configured file itself (not a file inside it) as "DefaultDB".
-    const auto store = YContactService::Builders::defaults().database(folder / "store.sqlite");
+    const auto store = YContactService::Builders::defaults().database(folder.file("store.sqlite"));
     ASSERT_TRUE(YSqliteHelper::getShared().execute("CREATE TABLE probe(x INTEGER)", true, "DefaultDB").ok());
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open_v2((folder.file("store.sqlite")).c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open_v2(folder.file("store.sqlite").c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
     sqlite3_stmt* statement = nullptr;
     ASSERT_EQ(sqlite3_prepare_v2(database, "SELECT count(*) FROM sqlite_master WHERE name = 'probe'", -1, &statement,
                                  nullptr),
