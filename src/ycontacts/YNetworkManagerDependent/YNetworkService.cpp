@@ -102,8 +102,8 @@ bool YNetworkService::sendGet(std::weak_ptr<YNetworkService> service, const std:
             std::optional<std::vector<std::uint8_t>> data, std::optional<YHTTPURLResponse> response,
             std::optional<YNetworkError> error) {
             // cancelTasks takes the id out first. A transfer that finished just before the cancel reached
-            // the client still arrives here with its body; it is reported as cancelled all the same, so
-            // nothing of a cancelled request is delivered once cancelTasks has returned.
+            // the client still arrives here with its body; it is reported as cancelled all the same, so a
+            // completion that starts after cancelTasks delivers nothing of the request.
             const auto self = service.lock();
             if (self && !self->takeTaskId(yuid, startedId->load()) && !error) {
                 data.reset();
