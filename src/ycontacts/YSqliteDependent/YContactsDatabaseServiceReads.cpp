@@ -421,7 +421,7 @@ std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSugg
             if (!found) return std::nullopt;
             const auto rows = detailRows(yuid, *found, "d.*");
             if (!rows) return std::nullopt;
-            const auto contacts = contactsWithChildren(*rows, ChildTables{true, false, false, false, false});
+            const auto contacts = contactsWithChildren(*rows, emailChildTables);
             if (!contacts) return std::nullopt;
             std::unordered_map<std::string, std::int64_t> matchKinds;
             for (const auto& match : *found) matchKinds.emplace(match.contactId, match.matchKind);
