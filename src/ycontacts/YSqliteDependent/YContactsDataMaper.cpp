@@ -284,7 +284,7 @@ std::vector<YSqliteRow> YContactsDataMaper::searchRows(const std::vector<YContac
 
         const std::string listedAs = sortName(contact);
         std::set<std::pair<int, std::string>> seen;
-        for (auto& [kind, source] : sources) {
+        for (const auto& [kind, source] : sources) {
             std::string term = foldedCase(source);
             if (term.empty() || !seen.emplace(kind, term).second) continue;
             YSqliteRow row{{Search::yuid, yuid},

@@ -101,7 +101,8 @@ public:
     static std::string idList(const std::vector<std::string>& ids);
     static std::string fixPersonalContactsStatement(const std::string& yuid);
     // The statement and bindings that find, in list order, the contacts of one population whose terms begin
-    // with the search text; `count` and `skip` page them. Public so that its query plan can be checked.
+    // with the search text (every contact of it for an empty text); `count` and `skip` page them. Public so
+    // that its query plan can be checked.
     static std::pair<std::string, std::vector<YSqliteValue>> searchStatement(const std::string& yuid,
                                                                               const std::string& searchStr,
                                                                               bool isOrg, bool withNickNames,
@@ -119,6 +120,7 @@ private:
     };
     static constexpr ChildTables allChildTables{true, true, true, true, true};
     static constexpr ChildTables listFormChildTables{true, true, false, false, false};
+    static constexpr ChildTables emailChildTables{true, false, false, false, false};
 
     // One contact a search found, with its list-order keys and the best kind of term that matched.
     struct Match {

@@ -217,6 +217,13 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChild
     const std::string* tables[] = {&YContactEmailTable::tableName, &YContactPhoneTable::tableName,
                                    &YContactIMTable::tableName, &YContactUrlTable::tableName,
                                    &YContactCategoryTable::tableName};
+    // Only what the mapper reads: the owner and the values.
+    static const std::string columns[] = {
+        "c.contactId AS contactId, c.email AS email, c.isPrimary AS isPrimary",
+        "c.contactId AS contactId, c.phoneNumber AS phoneNumber, c.phoneType AS phoneType",
+        "c.contactId AS contactId, c.imAddress AS imAddress, c.imType AS imType",
+        "c.contactId AS contactId, c.urlAddress AS urlAddress, c.urlType AS urlType",
+        "c.contactId AS contactId, c.categoryId AS categoryId"};
     const bool read[] = {wanted.emails, wanted.phones, wanted.ims, wanted.urls, wanted.categories};
     std::vector<YSqliteRow> rows[5];
     std::unordered_map<std::string, std::vector<const YSqliteRow*>> byContact[5];
@@ -224,11 +231,11 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChild
         if (!read[table]) continue;
         const bool wholeUser = contacts.size() > wholeUserChildThreshold;
         auto selected =
-            wholeUser ? YSqliteHelper::getShared().select("SELECT rowid AS rowOrder, * FROM " + *tables[table] +
-                                                              " WHERE yuid = ?",
+            wholeUser ? YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, " + columns[table] + " FROM " +
+                                                              *tables[table] + " c WHERE c.yuid = ?",
                                                           std::vector<YSqliteValue>{yuid}, alert, identifier)
-                      : YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, c.* FROM json_each(?) j CROSS "
-                                                          "JOIN " + *tables[table] +
+                      : YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, " + columns[table] +
+                                                              " FROM json_each(?) j CROSS JOIN " + *tables[table] +
                                                               " c ON c.yuid = ? AND c.contactId = j.value",
                                                           std::vector<YSqliteValue>{idArray, yuid}, alert, identifier);
         if (!selected.ok()) return std::nullopt;
@@ -414,7 +421,7 @@ std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSugg
             if (!found) return std::nullopt;
             const auto rows = detailRows(yuid, *found, "d.*");
             if (!rows) return std::nullopt;
-            const auto contacts = contactsWithChildren(*rows, ChildTables{true, false, false, false, false});
+            const auto contacts = contactsWithChildren(*rows, emailChildTables);
             if (!contacts) return std::nullopt;
             std::unordered_map<std::string, std::int64_t> matchKinds;
             for (const auto& match : *found) matchKinds.emplace(match.contactId, match.matchKind);

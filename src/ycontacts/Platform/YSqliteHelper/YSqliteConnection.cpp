@@ -47,8 +47,8 @@ bool onlyBlankOrComments(sqlite3* database, const char* tail) {
     return true;
 }
 
-YSqliteValue columnValue(sqlite3_stmt* statement, int index) {
-    switch (sqlite3_column_type(statement, index)) {
+YSqliteValue columnValue(sqlite3_stmt* statement, int index, int type) {
+    switch (type) {
         case SQLITE_INTEGER:
             return static_cast<std::int64_t>(sqlite3_column_int64(statement, index));
         case SQLITE_FLOAT:
@@ -187,6 +187,10 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string&
 
     std::vector<YSqliteRow> rows;
     const int columnCount = sqlite3_column_count(prepared);
+    // Named once per call rather than once per row and column.
+    std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(columnCount));
+    for (int column = 0; column < columnCount; ++column) names.emplace_back(sqlite3_column_name(prepared, column));
     for (;;) {
         const int code = sqlite3_step(prepared);
         if (code == SQLITE_DONE) break;
@@ -194,9 +198,10 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string&
         YSqliteRow row;
         row.reserve(static_cast<std::size_t>(columnCount));
         for (int column = 0; column < columnCount; ++column) {
-            if (sqlite3_column_type(prepared, column) == SQLITE_NULL) continue;
+            const int type = sqlite3_column_type(prepared, column);
+            if (type == SQLITE_NULL) continue;
             // With two result columns of one name, the first one wins.
-            row.emplace(sqlite3_column_name(prepared, column), columnValue(prepared, column));
+            row.emplace(names[static_cast<std::size_t>(column)], columnValue(prepared, column, type));
         }
         rows.push_back(std::move(row));
     }
