@@ -210,15 +210,11 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string&
 
 YSqliteResult<void> YSqliteConnection::runEach(const std::string& sql,
                                                const std::vector<std::vector<Binding>>& bindingRows) {
-    const bool outermost = sqlite3_get_autocommit(database_) != 0;
-    // IMMEDIATE takes the write lock up front, so another connection to the file waits in the busy
-    // handler instead of failing halfway through.
-    if (auto begun = runScript(outermost ? "BEGIN IMMEDIATE" : "SAVEPOINT ysqlite_save"); !begun.ok()) return begun;
-
-    const auto insertAll = [&]() -> std::optional<YSqliteError> {
+    return inTransaction([&]() -> std::optional<YSqliteError> {
         YSqliteError error{SQLITE_OK, {}};
         sqlite3_stmt* prepared = statement(sql, error);
         if (!prepared) return error;
+        // Reset once the rows are in, so the commit or rollback finds nothing of this call still running.
         StatementUse use(prepared);
         for (const auto& bindings : bindingRows) {
             if (auto bound = bindAll(prepared, bindings); !bound.ok()) return bound.error();
@@ -227,22 +223,30 @@ YSqliteResult<void> YSqliteConnection::runEach(const std::string& sql,
             sqlite3_reset(prepared);
         }
         return std::nullopt;
-    };
-    // The statement is reset once insertAll returns, so the commit or rollback finds nothing of this call
-    // still running; the transaction is closed on every path, an exception included.
+    });
+}
+
+YSqliteResult<void> YSqliteConnection::inTransaction(const std::function<std::optional<YSqliteError>()>& work,
+                                                     bool writing) {
+    const bool outermost = sqlite3_get_autocommit(database_) != 0;
+    // IMMEDIATE takes the write lock up front, so another connection to the file waits in the busy
+    // handler instead of failing halfway through. Nested calls name their savepoint by depth.
+    const std::string savepoint = "ysqlite_" + std::to_string(savepointDepth_);
+    const std::string begin = writing ? "BEGIN IMMEDIATE" : "BEGIN";
+    if (auto begun = runScript(outermost ? begin : "SAVEPOINT " + savepoint); !begun.ok()) return begun;
+    ++savepointDepth_;
     std::optional<YSqliteError> error;
     try {
-        error = insertAll();
+        error = work();
     } catch (const std::exception& exception) {
         error = YSqliteError{SQLITE_ERROR, exception.what()};
     }
-    if (!error && sqlite3_exec(database_, outermost ? "COMMIT" : "RELEASE ysqlite_save", nullptr, nullptr,
-                               nullptr) != SQLITE_OK) {
-        error = lastError();
-    }
+    --savepointDepth_;
+    const std::string finish = outermost ? "COMMIT" : "RELEASE " + savepoint;
+    if (!error && sqlite3_exec(database_, finish.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) error = lastError();
     if (!error) return {};
-    sqlite3_exec(database_, outermost ? "ROLLBACK" : "ROLLBACK TO ysqlite_save; RELEASE ysqlite_save", nullptr,
-                 nullptr, nullptr);
+    const std::string undo = outermost ? "ROLLBACK" : "ROLLBACK TO " + savepoint + "; RELEASE " + savepoint;
+    sqlite3_exec(database_, undo.c_str(), nullptr, nullptr, nullptr);
     return *error;
 }
 

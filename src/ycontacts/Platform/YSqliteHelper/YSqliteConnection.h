@@ -2,9 +2,11 @@
 // YSqliteConnection: one open sqlite3 handle with its statement cache; YSqliteHelper keeps one per identifier.
 
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -19,7 +21,8 @@ struct sqlite3_stmt;
 
 namespace ycontacts {
 
-// Not thread-safe by itself: whoever calls the statement functions holds mutex() for the whole call.
+// Not thread-safe by itself: whoever calls the statement functions holds mutex() for the whole call. The
+// mutex is recursive so that the helper's calls made inside a transaction, on its thread, can take it again.
 class YSqliteConnection {
 public:
     // One bound parameter; a null pointer binds NULL.
@@ -33,7 +36,7 @@ public:
     YSqliteConnection(const YSqliteConnection&) = delete;
     YSqliteConnection& operator=(const YSqliteConnection&) = delete;
 
-    std::mutex& mutex() { return mutex_; }
+    std::recursive_mutex& mutex() { return mutex_; }
 
     // Runs one statement with its parameters bound in order and returns the rows it yields (none for a
     // write). Text holding a second statement is refused.
@@ -42,6 +45,11 @@ public:
     // Runs one statement once per list of bindings, all in one transaction (a savepoint when a transaction
     // is already open); the first failure rolls the whole call back.
     YSqliteResult<void> runEach(const std::string& sql, const std::vector<std::vector<Binding>>& bindingRows);
+
+    // Runs `work` in one transaction (a savepoint when a transaction is already open): it is committed
+    // when `work` gives no error and rolled back otherwise, an exception included. A writing transaction
+    // takes the file's write lock before `work` starts; a reading one only pins a snapshot at its first read.
+    YSqliteResult<void> inTransaction(const std::function<std::optional<YSqliteError>()>& work, bool writing = true);
 
     // Runs text that may hold several statements; a transaction it opens and leaves open by failing is
     // rolled back.
@@ -60,10 +68,12 @@ private:
     YSqliteError lastError(int code) const;
 
     sqlite3* database_;
-    std::mutex mutex_;
+    std::recursive_mutex mutex_;
     // Most recently used first; the map points into the list.
     std::list<std::pair<std::string, sqlite3_stmt*>> statements_;
     std::unordered_map<std::string, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> statementIndex_;
+    // Transactions open inside the outermost one, each under its own savepoint.
+    int savepointDepth_ = 0;
 };
 
 }  // namespace ycontacts

@@ -239,4 +239,26 @@ YSqliteResult<void> YSqliteHelper::execute(const std::string& rawQuery, bool ale
                          [&](YSqliteConnection& database) { return database.runScript(rawQuery); });
 }
 
+YSqliteResult<void> YSqliteHelper::transaction(const std::function<bool()>& work, bool alert,
+                                               const std::string& identifier) {
+    return perform<void>("transaction", "a transaction", alert, identifier, [&](YSqliteConnection& database) {
+        return database.inTransaction([&]() -> std::optional<YSqliteError> {
+            if (work()) return std::nullopt;
+            return YSqliteError{SQLITE_ABORT, "the work asked for a rollback"};
+        });
+    });
+}
+
+YSqliteResult<void> YSqliteHelper::snapshot(const std::function<void()>& work, bool alert,
+                                            const std::string& identifier) {
+    return perform<void>("snapshot", "a read snapshot", alert, identifier, [&](YSqliteConnection& database) {
+        return database.inTransaction(
+            [&]() -> std::optional<YSqliteError> {
+                work();
+                return std::nullopt;
+            },
+            false);
+    });
+}
+
 }  // namespace ycontacts

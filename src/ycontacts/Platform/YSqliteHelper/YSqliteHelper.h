@@ -1,6 +1,7 @@
 #pragma once
 // YSqliteHelper: the library's database adapter; named SQLite connections and the statements run on them.
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -72,6 +73,16 @@ public:
 
     // Statements that return no rows, several allowed, run in order until one fails.
     YSqliteResult<void> execute(const std::string& rawQuery, bool alert, const std::string& identifier);
+
+    // Runs `work` in one transaction on the connection. The calls `work` makes on this thread join it (each
+    // still all-or-nothing on its own); other threads' calls on the connection wait until it ends. It is
+    // committed when `work` returns true and rolled back when it returns false or throws. Several writes
+    // done as one cost one commit and write each changed page once.
+    YSqliteResult<void> transaction(const std::function<bool()>& work, bool alert, const std::string& identifier);
+
+    // Runs `work` on one snapshot of the file: the selects it makes on this thread all see the database as
+    // it was at the first of them, whatever other connections commit meanwhile, and take the read lock once.
+    YSqliteResult<void> snapshot(const std::function<void()>& work, bool alert, const std::string& identifier);
 
 private:
     std::shared_ptr<YSqliteConnection> connection(const std::string& identifier) const;
