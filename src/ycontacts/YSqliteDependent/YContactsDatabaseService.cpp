@@ -117,19 +117,28 @@ void YContactsDatabaseService::save(const std::string& yuid, const std::vector<Y
     std::vector<std::string> contactIds;
     contactIds.reserve(contacts.size());
     for (const auto& contact : contacts) contactIds.push_back(contact.contactId);
-    // Child rows the new data no longer has must go, so every row of these ids is dropped first.
-    deleteContacts(yuid, contactIds);
+    const std::pair<const std::string*, std::vector<YSqliteRow>> tableRows[] = {
+        {&YContactDetailTable::tableName, databaseMapper.contactDetailRows(contacts, yuid)},
+        {&YContactPhoneTable::tableName, databaseMapper.phoneRows(contacts, yuid)},
+        {&YContactEmailTable::tableName, databaseMapper.emailRows(contacts, yuid)},
+        {&YContactIMTable::tableName, databaseMapper.imRows(contacts, yuid)},
+        {&YContactUrlTable::tableName, databaseMapper.urlRows(contacts, yuid)},
+        {&YContactCategoryTable::tableName, databaseMapper.categoryRows(contacts, yuid)},
+        {&YContactSearchTable::tableName, databaseMapper.searchRows(contacts, yuid)}};
 
+    // One transaction for the whole list: the contacts are stored entirely or not at all, and a reader never
+    // sees a contact without its child or typeahead rows.
     auto& helper = YSqliteHelper::getShared();
-    helper.save(YContactDetailTable::tableName, databaseMapper.contactDetailRows(contacts, yuid), true, alert,
-                identifier);
-    helper.save(YContactPhoneTable::tableName, databaseMapper.phoneRows(contacts, yuid), true, alert, identifier);
-    helper.save(YContactEmailTable::tableName, databaseMapper.emailRows(contacts, yuid), true, alert, identifier);
-    helper.save(YContactIMTable::tableName, databaseMapper.imRows(contacts, yuid), true, alert, identifier);
-    helper.save(YContactUrlTable::tableName, databaseMapper.urlRows(contacts, yuid), true, alert, identifier);
-    helper.save(YContactCategoryTable::tableName, databaseMapper.categoryRows(contacts, yuid), true, alert,
-                identifier);
-    helper.save(YContactSearchTable::tableName, databaseMapper.searchRows(contacts, yuid), true, alert, identifier);
+    helper.transaction(
+        [&] {
+            // Child rows the new data no longer has must go, so every row of these ids is dropped first.
+            if (!deleteContactRows(yuid, contactIds)) return false;
+            for (const auto& [table, rows] : tableRows) {
+                if (!helper.save(*table, rows, true, alert, identifier).ok()) return false;
+            }
+            return true;
+        },
+        alert, identifier);
 }
 
 void YContactsDatabaseService::updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) {
@@ -137,10 +146,17 @@ void YContactsDatabaseService::updateContacts(const std::string& yuid, const std
 }
 
 void YContactsDatabaseService::deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) {
+    YSqliteHelper::getShared().transaction([&] { return deleteContactRows(yuid, contactIds); }, alert, identifier);
+}
+
+bool YContactsDatabaseService::deleteContactRows(const std::string& yuid, const std::vector<std::string>& contactIds) {
     const std::string where = userCondition(yuid) + " and " + YContactDetailTable::contactId + " in (" +
                               idList(contactIds) + ")";
     auto& helper = YSqliteHelper::getShared();
-    for (const auto& table : contactTables()) helper.deleteFrom(table, where, alert, identifier);
+    for (const auto& table : contactTables()) {
+        if (!helper.deleteFrom(table, where, alert, identifier).ok()) return false;
+    }
+    return true;
 }
 
 void YContactsDatabaseService::deleteAllDetails(const std::string& yuid) {

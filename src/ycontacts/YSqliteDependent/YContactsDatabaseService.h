@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -110,6 +111,9 @@ public:
                                                                               std::int64_t skip);
 
 private:
+    // Deletes every row of the ids from the contact tables; false once one delete fails.
+    bool deleteContactRows(const std::string& yuid, const std::vector<std::string>& contactIds);
+
     // Which child tables a read attaches.
     struct ChildTables {
         bool emails;
@@ -149,6 +153,12 @@ private:
     std::optional<std::vector<YContact>> selectContacts(const std::string& sql,
                                                         const std::vector<YSqliteValue>& bindings,
                                                         ChildTables wanted = allChildTables) const;
+    // The first contact the statement finds, read on one snapshot.
+    std::optional<YContact> selectFirstContact(const std::string& sql, const std::vector<YSqliteValue>& bindings) const;
+    // Runs a read made of several statements on one snapshot of the file, so that a contact's detail and
+    // child rows come from the same state of it and the read takes the read lock once.
+    template <typename Result>
+    std::optional<Result> onOneSnapshot(const std::function<std::optional<Result>()>& read) const;
     std::optional<std::vector<YContact>> listContacts(const std::string& yuid, std::optional<bool> isOrg,
                                                       const std::optional<std::string>& searchStr,
                                                       std::optional<int> from, std::optional<int> limit,

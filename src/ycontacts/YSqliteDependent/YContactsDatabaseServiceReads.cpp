@@ -99,6 +99,14 @@ std::int64_t pageEnd(std::int64_t from, std::optional<int> limit) {
 
 }  // namespace
 
+template <typename Result>
+std::optional<Result> YContactsDatabaseService::onOneSnapshot(
+    const std::function<std::optional<Result>()>& read) const {
+    std::optional<Result> result;
+    YSqliteHelper::getShared().snapshot([&] { result = read(); }, alert, identifier);
+    return result;
+}
+
 std::pair<std::string, std::vector<YSqliteValue>> YContactsDatabaseService::searchStatement(
     const std::string& yuid, const std::string& searchStr, bool isOrg, bool withNickNames, bool withoutGroups,
     std::int64_t count, std::int64_t skip) {
@@ -275,28 +283,39 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::selectContacts(
     return contactsWithChildren(rows.value(), wanted);
 }
 
+std::optional<YContact> YContactsDatabaseService::selectFirstContact(const std::string& sql,
+                                                                    const std::vector<YSqliteValue>& bindings) const {
+    return onOneSnapshot<YContact>([&]() -> std::optional<YContact> {
+        const auto contacts = selectContacts(sql, bindings);
+        if (!contacts || contacts->empty()) return std::nullopt;
+        return contacts->front();
+    });
+}
+
 std::optional<std::vector<YContact>> YContactsDatabaseService::listContacts(
     const std::string& yuid, std::optional<bool> isOrg, const std::optional<std::string>& searchStr,
     std::optional<int> from, std::optional<int> limit, bool listForm) const {
     const std::string columns = listForm ? listFormColumns() : std::string("d.*");
     const ChildTables wanted = listForm ? listFormChildTables : allChildTables;
     const std::int64_t skip = std::max(0, from.value_or(0));
-    if (searchStr && !searchStr->empty()) {
-        const auto page = searchPage(yuid, isOrg, *searchStr, true, false, skip, limit);
-        if (!page) return std::nullopt;
-        const auto rows = detailRows(yuid, *page, columns);
-        if (!rows) return std::nullopt;
-        return contactsWithChildren(*rows, wanted);
-    }
-    std::vector<YSqliteValue> bindings{yuid};
-    std::string sql = "SELECT " + columns + " FROM YContactDetail d WHERE d.yuid = ?";
-    if (isOrg) {
-        sql += " AND d.isOrg = ?";
-        bindings.emplace_back(*isOrg);
-    }
-    sql += listOrder + " LIMIT ? OFFSET ?";
-    bindings.insert(bindings.end(), {static_cast<std::int64_t>(limit.value_or(-1)), skip});
-    return selectContacts(sql, bindings, wanted);
+    return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
+        if (searchStr && !searchStr->empty()) {
+            const auto page = searchPage(yuid, isOrg, *searchStr, true, false, skip, limit);
+            if (!page) return std::nullopt;
+            const auto rows = detailRows(yuid, *page, columns);
+            if (!rows) return std::nullopt;
+            return contactsWithChildren(*rows, wanted);
+        }
+        std::vector<YSqliteValue> bindings{yuid};
+        std::string sql = "SELECT " + columns + " FROM YContactDetail d WHERE d.yuid = ?";
+        if (isOrg) {
+            sql += " AND d.isOrg = ?";
+            bindings.emplace_back(*isOrg);
+        }
+        sql += listOrder + " LIMIT ? OFFSET ?";
+        bindings.insert(bindings.end(), {static_cast<std::int64_t>(limit.value_or(-1)), skip});
+        return selectContacts(sql, bindings, wanted);
+    });
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const std::string& yuid,
@@ -333,37 +352,40 @@ std::optional<YContactsDatabaseContract::ContactCount> YContactsDatabaseService:
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContactsFromEmailIds(
     const std::string& yuid, const std::vector<std::string>& emailIds, std::optional<bool> isOrg) {
-    std::vector<YContact> found;
-    std::unordered_set<std::string> seen;
-    constexpr std::size_t chunk = 64;
-    for (std::size_t start = 0; start < emailIds.size(); start += chunk) {
-        std::vector<YSqliteValue> bindings{yuid};
-        std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ?";
-        if (isOrg) {
-            sql += " AND isOrg = ?";
-            bindings.emplace_back(*isOrg);
+    return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
+        std::vector<YContact> found;
+        std::unordered_set<std::string> seen;
+        constexpr std::size_t chunk = 64;
+        for (std::size_t start = 0; start < emailIds.size(); start += chunk) {
+            std::vector<YSqliteValue> bindings{yuid};
+            std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ?";
+            if (isOrg) {
+                sql += " AND isOrg = ?";
+                bindings.emplace_back(*isOrg);
+            }
+            std::string placeholders;
+            std::vector<YSqliteValue> addresses;
+            for (std::size_t index = 0; index < chunk; ++index) {
+                addresses.emplace_back(emailIds[std::min(start + index, emailIds.size() - 1)]);
+                placeholders += index == 0 ? "?" : ", ?";
+            }
+            sql += " AND contactId IN (SELECT contactId FROM YContactEmailTable WHERE yuid = ? AND email COLLATE "
+                   "NOCASE IN (" + placeholders + ") UNION SELECT contactId FROM YContactDetail WHERE yuid = ? AND "
+                   "primaryEmail COLLATE "
+                   "NOCASE IN (" + placeholders + "))";
+            bindings.emplace_back(yuid);
+            bindings.insert(bindings.end(), addresses.begin(), addresses.end());
+            bindings.emplace_back(yuid);
+            bindings.insert(bindings.end(), addresses.begin(), addresses.end());
+            auto contacts = selectContacts(sql, bindings);
+            if (!contacts) return std::nullopt;
+            for (auto& contact : *contacts) {
+                if (seen.insert(contact.contactId).second) found.push_back(std::move(contact));
+            }
         }
-        std::string placeholders;
-        std::vector<YSqliteValue> addresses;
-        for (std::size_t index = 0; index < chunk; ++index) {
-            addresses.emplace_back(emailIds[std::min(start + index, emailIds.size() - 1)]);
-            placeholders += index == 0 ? "?" : ", ?";
-        }
-        sql += " AND contactId IN (SELECT contactId FROM YContactEmailTable WHERE yuid = ? AND email COLLATE NOCASE IN (" +
-               placeholders + ") UNION SELECT contactId FROM YContactDetail WHERE yuid = ? AND primaryEmail COLLATE "
-               "NOCASE IN (" + placeholders + "))";
-        bindings.emplace_back(yuid);
-        bindings.insert(bindings.end(), addresses.begin(), addresses.end());
-        bindings.emplace_back(yuid);
-        bindings.insert(bindings.end(), addresses.begin(), addresses.end());
-        auto contacts = selectContacts(sql, bindings);
-        if (!contacts) return std::nullopt;
-        for (auto& contact : *contacts) {
-            if (seen.insert(contact.contactId).second) found.push_back(std::move(contact));
-        }
-    }
-    sortInListOrder(found);
-    return found;
+        sortInListOrder(found);
+        return found;
+    });
 }
 
 std::optional<YContact> YContactsDatabaseService::getContactByEmailId(const std::string& yuid,
@@ -373,118 +395,119 @@ std::optional<YContact> YContactsDatabaseService::getContactByEmailId(const std:
         "SELECT * FROM YContactDetail WHERE yuid = ? AND contactId IN (SELECT contactId FROM YContactEmailTable "
         "WHERE yuid = ? AND email = ? COLLATE NOCASE UNION SELECT contactId FROM YContactDetail WHERE yuid = ? AND "
         "primaryEmail = ? COLLATE NOCASE) ORDER BY isOrg = ? DESC, weightage DESC, contactId LIMIT 1";
-    const auto contacts = selectContacts(
+    return selectFirstContact(
         sql, {yuid, yuid, emailId, yuid, emailId, static_cast<std::int64_t>(preferPersonalInfo ? 0 : 1)});
-    if (!contacts || contacts->empty()) return std::nullopt;
-    return contacts->front();
 }
 
 std::optional<YContact> YContactsDatabaseService::getContactByContactYuid(const std::string& yuid,
                                                                           const std::string& contactYuid) {
-    const auto contacts = selectContacts(
+    return selectFirstContact(
         "SELECT * FROM YContactDetail WHERE yuid = ? AND contactYuid = ? ORDER BY isOrg DESC, weightage DESC, "
         "contactId LIMIT 1",
         {yuid, contactYuid});
-    if (!contacts || contacts->empty()) return std::nullopt;
-    return contacts->front();
 }
 
 std::optional<YContact> YContactsDatabaseService::getContactByContactId(const std::string& yuid,
                                                                         const std::string& contactId) {
-    const auto contacts =
-        selectContacts("SELECT * FROM YContactDetail WHERE yuid = ? AND contactId = ?", {yuid, contactId});
-    if (!contacts || contacts->empty()) return std::nullopt;
-    return contacts->front();
+    return selectFirstContact("SELECT * FROM YContactDetail WHERE yuid = ? AND contactId = ?", {yuid, contactId});
 }
 
 std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSuggestionContacts(
     const std::string& yuid, std::optional<bool> isOrg, const std::string& searchStr, int limit) {
-    // One address's entry, with the keys that rank it: weightage, personal before org, name, id, and then
-    // the order of the contact's addresses.
-    struct Candidate {
-        YSuggestionContact suggestion;
-        std::int64_t weightage;
-        std::string sortName;
-    };
-    const std::string folded = YContactsDataMaper::foldedCase(searchStr);
-    const auto wantedMore = [&](std::size_t found) { return limit < 0 || found < static_cast<std::size_t>(limit); };
-    std::vector<Candidate> candidates;
-    for (const bool population : {false, true}) {
-        if (isOrg && *isOrg != population) continue;
-        // Contacts come in list order, so an address's first contact is its best one in this population.
-        // Contacts are read in growing batches until enough distinct addresses are found.
-        std::unordered_set<std::string> offered;
-        std::int64_t skip = 0;
-        std::int64_t batch = limit < 0 ? -1 : std::max<std::int64_t>(limit, smallestSuggestionBatch);
-        for (;;) {
-            const auto found = matches(yuid, population, searchStr, true, false, batch, skip);
-            if (!found) return std::nullopt;
-            const auto rows = detailRows(yuid, *found, "d.*");
-            if (!rows) return std::nullopt;
-            const auto contacts = contactsWithChildren(*rows, emailChildTables);
-            if (!contacts) return std::nullopt;
-            std::unordered_map<std::string, std::int64_t> matchKinds;
-            for (const auto& match : *found) matchKinds.emplace(match.contactId, match.matchKind);
-            for (std::size_t index = 0; index < contacts->size(); ++index) {
-                const YContact& contact = (*contacts)[index];
-                const bool byName = matchKinds[contact.contactId] < Search::addressKind;
-                std::vector<std::string> addresses;
-                if (contact.primaryEmail) addresses.push_back(contact.primaryEmail->emailId);
-                for (const auto& email : contact.emails) addresses.push_back(email.emailId);
-                for (const auto& address : addresses) {
-                    // A contact found by name offers every address; one found by address only those that match.
-                    if (!byName && YContactsDataMaper::foldedCase(address).compare(0, folded.size(), folded) != 0) {
-                        continue;
+    return onOneSnapshot<std::vector<YSuggestionContact>>([&]() -> std::optional<std::vector<YSuggestionContact>> {
+        // One address's entry, with the keys that rank it: weightage, personal before org, name, id, and then
+        // the order of the contact's addresses.
+        struct Candidate {
+            YSuggestionContact suggestion;
+            std::int64_t weightage;
+            std::string sortName;
+        };
+        const std::string folded = YContactsDataMaper::foldedCase(searchStr);
+        const auto wantedMore = [&](std::size_t found) { return limit < 0 || found < static_cast<std::size_t>(limit); };
+        std::vector<Candidate> candidates;
+        for (const bool population : {false, true}) {
+            if (isOrg && *isOrg != population) continue;
+            // Contacts come in list order, so an address's first contact is its best one in this population.
+            // Contacts are read in growing batches until enough distinct addresses are found.
+            std::unordered_set<std::string> offered;
+            std::int64_t skip = 0;
+            std::int64_t batch = limit < 0 ? -1 : std::max<std::int64_t>(limit, smallestSuggestionBatch);
+            for (;;) {
+                const auto found = matches(yuid, population, searchStr, true, false, batch, skip);
+                if (!found) return std::nullopt;
+                const auto rows = detailRows(yuid, *found, "d.*");
+                if (!rows) return std::nullopt;
+                const auto contacts = contactsWithChildren(*rows, emailChildTables);
+                if (!contacts) return std::nullopt;
+                std::unordered_map<std::string, std::int64_t> matchKinds;
+                for (const auto& match : *found) matchKinds.emplace(match.contactId, match.matchKind);
+                for (std::size_t index = 0; index < contacts->size(); ++index) {
+                    const YContact& contact = (*contacts)[index];
+                    const bool byName = matchKinds[contact.contactId] < Search::addressKind;
+                    std::vector<std::string> addresses;
+                    if (contact.primaryEmail) addresses.push_back(contact.primaryEmail->emailId);
+                    for (const auto& email : contact.emails) addresses.push_back(email.emailId);
+                    for (const auto& address : addresses) {
+                        // A contact found by name offers every address; one found by address only those that match.
+                        if (!byName && YContactsDataMaper::foldedCase(address).compare(0, folded.size(), folded) != 0) {
+                            continue;
+                        }
+                        if (!offered.insert(address).second) continue;
+                        candidates.push_back({databaseMapper.suggestion((*rows)[index], address), contact.weightage,
+                                              YContactsDataMaper::sortName(contact)});
                     }
-                    if (!offered.insert(address).second) continue;
-                    candidates.push_back({databaseMapper.suggestion((*rows)[index], address), contact.weightage,
-                                          YContactsDataMaper::sortName(contact)});
                 }
+                if (!wantedMore(offered.size())) break;
+                if (batch < 0 || static_cast<std::int64_t>(found->size()) < batch) break;
+                skip += batch;
+                batch *= 2;
             }
-            if (!wantedMore(offered.size())) break;
-            if (batch < 0 || static_cast<std::int64_t>(found->size()) < batch) break;
-            skip += batch;
-            batch *= 2;
         }
-    }
-    std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& left, const Candidate& right) {
-        if (left.weightage != right.weightage) return left.weightage > right.weightage;
-        if (left.suggestion.isOrg != right.suggestion.isOrg) return !left.suggestion.isOrg;
-        if (left.sortName != right.sortName) return left.sortName < right.sortName;
-        return left.suggestion.contactId < right.suggestion.contactId;
+        std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& left, const Candidate& right) {
+            if (left.weightage != right.weightage) return left.weightage > right.weightage;
+            if (left.suggestion.isOrg != right.suggestion.isOrg) return !left.suggestion.isOrg;
+            if (left.sortName != right.sortName) return left.sortName < right.sortName;
+            return left.suggestion.contactId < right.suggestion.contactId;
+        });
+        std::vector<YSuggestionContact> suggestions;
+        std::unordered_set<std::string> offered;
+        for (auto& candidate : candidates) {
+            if (!wantedMore(suggestions.size())) break;
+            if (offered.insert(candidate.suggestion.email).second) {
+                suggestions.push_back(std::move(candidate.suggestion));
+            }
+        }
+        return suggestions;
     });
-    std::vector<YSuggestionContact> suggestions;
-    std::unordered_set<std::string> offered;
-    for (auto& candidate : candidates) {
-        if (!wantedMore(suggestions.size())) break;
-        if (offered.insert(candidate.suggestion.email).second) suggestions.push_back(std::move(candidate.suggestion));
-    }
-    return suggestions;
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getOrgContactSuggestions(
     const std::string& yuid, const std::optional<std::string>& searchStr, std::optional<int> offset, int limit,
     bool excludeGroups, bool shouldSearchNickname) {
-    const std::int64_t skip = std::max(0, offset.value_or(0));
-    if (searchStr && !searchStr->empty()) {
-        const auto page = searchPage(yuid, true, *searchStr, shouldSearchNickname, excludeGroups, skip, limit);
-        if (!page) return std::nullopt;
-        const auto rows = detailRows(yuid, *page, "d.*");
-        if (!rows) return std::nullopt;
-        return contactsWithChildren(*rows, allChildTables);
-    }
-    std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ? AND isOrg = 1";
-    if (excludeGroups) sql += " AND type IS NOT 'group'";
-    sql += listOrder + " LIMIT ? OFFSET ?";
-    return selectContacts(sql, {yuid, static_cast<std::int64_t>(limit), skip});
+    return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
+        const std::int64_t skip = std::max(0, offset.value_or(0));
+        if (searchStr && !searchStr->empty()) {
+            const auto page = searchPage(yuid, true, *searchStr, shouldSearchNickname, excludeGroups, skip, limit);
+            if (!page) return std::nullopt;
+            const auto rows = detailRows(yuid, *page, "d.*");
+            if (!rows) return std::nullopt;
+            return contactsWithChildren(*rows, allChildTables);
+        }
+        std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ? AND isOrg = 1";
+        if (excludeGroups) sql += " AND type IS NOT 'group'";
+        sql += listOrder + " LIMIT ? OFFSET ?";
+        return selectContacts(sql, {yuid, static_cast<std::int64_t>(limit), skip});
+    });
 }
 
 std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const std::string& yuid,
                                                                           const std::string& categoryId) {
-    return selectContacts("SELECT * FROM YContactDetail WHERE yuid = ? AND contactId IN (SELECT contactId FROM "
-                          "YContactCategoryTable WHERE yuid = ? AND categoryId = ?)" +
-                              listOrder,
-                          {yuid, yuid, categoryId});
+    return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
+        return selectContacts("SELECT * FROM YContactDetail WHERE yuid = ? AND contactId IN (SELECT contactId FROM "
+                              "YContactCategoryTable WHERE yuid = ? AND categoryId = ?)" +
+                                  listOrder,
+                              {yuid, yuid, categoryId});
+    });
 }
 
 std::optional<std::vector<YContactCategory>> YContactsDatabaseService::getCategories(const std::string& yuid) {
