@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "Cli/CliTestSupport.h"
 
 namespace {
@@ -17,55 +19,56 @@ void expectOneLine(const CliResult& result, const std::string& text) {
     EXPECT_NE(lines[0].find(text), std::string::npos) << lines[0];
 }
 
-class CliErrorTest : public ::testing::Test {
+class CliErrorTest : public CliServerTest {
 protected:
-    void SetUp() override { ASSERT_GT(server.start(), 0); }
-
     CliResult sync(const std::vector<std::string>& server) {
-        return runCli(std::vector<std::string>{"sync", "--json"} + server + userArgs(scratch.path()));
+        return runCli(std::vector<std::string>{"sync", "--json"} + server + userArgs(folder.path()));
     }
-
-    sample_server::SampleContactsServer server{smallServerOptions()};
-    ScratchDirectory scratch;
 };
 
-TEST_F(CliErrorTest, RefusedTokenIsNamedAsSuch) {
-    const auto result = sync({"--server", server.baseURL(), "--token", "token-u2-stolen"});
-    EXPECT_EQ(result.exitStatus, 1);
-    expectOneLine(result, "refused the token for user u1 (HTTP 401)");
-    EXPECT_EQ(result.json()["outcome"], "failed");
-}
-
-TEST_F(CliErrorTest, UnreachableServerIsNamedAsSuch) {
+// A sync that reaches no usable answer ends with status 1, the JSON outcome and one line that names the cause.
+TEST_F(CliErrorTest, FailedSyncsNameTheirCauseWithoutFakingSuccess) {
+    struct Case {
+        const char* name;
+        std::function<std::vector<std::string>()> prepare;
+        const char* outcome;
+        std::string message;
+    };
     const std::string address = server.baseURL();
-    server.stop();
-    const auto result = sync({"--server", address, "--token", "token-u1"});
-    EXPECT_EQ(result.exitStatus, 1);
-    expectOneLine(result, "cannot reach the contacts server at " + address);
-}
-
-TEST_F(CliErrorTest, ServerThatStopsAnsweringEndsTheWaitAtTheTimeout) {
-    sample_server::Fault stall;
-    stall.pathContains = "/contacts";
-    stall.delay = std::chrono::minutes(5);
-    server.injectFault(stall);
-    const auto result = sync(serverArgs(server) + std::vector<std::string>{"--timeout", "1"});
-    EXPECT_FALSE(result.timedOut);
-    EXPECT_EQ(result.exitStatus, 1);
-    expectOneLine(result, "no word from the download of u1");
-    EXPECT_EQ(result.json()["outcome"], "stalled");
-}
-
-TEST_F(CliErrorTest, ServerErrorDuringSyncIsReportedWithoutFakingSuccess) {
-    sample_server::Fault broken;
-    broken.pathContains = "/contacts";
-    broken.status = 500;
-    server.injectFault(broken);
-    const auto result = sync(serverArgs(server));
-    EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_EQ(result.json()["outcome"], "failed");
-    // The server answers the check that follows, so the message says the sync failed although it answers.
-    expectOneLine(result, "sync of u1 failed (unknownError) although the contacts server");
+    const std::vector<Case> cases{
+        {"refused token", [&] { return std::vector<std::string>{"--server", address, "--token", "token-u2-stolen"}; },
+         "failed", "refused the token for user u1 (HTTP 401)"},
+        // The server answers the check that follows, so the message says the sync failed although it answers.
+        {"server error",
+         [&] {
+             server.injectFault(sample_server::Fault{.pathContains = "/contacts", .status = 500});
+             return serverArgs(server);
+         },
+         "failed", "sync of u1 failed (unknownError) although the contacts server"},
+        {"server stops answering",
+         [&] {
+             server.injectFault(sample_server::Fault{.pathContains = "/contacts", .delay = std::chrono::minutes(5)});
+             return serverArgs(server) + std::vector<std::string>{"--timeout", "1"};
+         },
+         "stalled", "no word from the download of u1"},
+        {"unreachable server",
+         [&] {
+             server.stop();
+             return std::vector<std::string>{"--server", address, "--token", "token-u1"};
+         },
+         nullptr, "cannot reach the contacts server at " + address},
+    };
+    for (const auto& failure : cases) {
+        SCOPED_TRACE(failure.name);
+        server.clearFaults();
+        const auto result = sync(failure.prepare());
+        EXPECT_FALSE(result.timedOut);
+        EXPECT_EQ(result.exitStatus, 1);
+        expectOneLine(result, failure.message);
+        if (failure.outcome) {
+            EXPECT_EQ(result.json()["outcome"], failure.outcome);
+        }
+    }
 }
 
 TEST_F(CliErrorTest, BadServerUrlsAreRejectedBeforeAnyRequest) {
@@ -79,7 +82,7 @@ TEST_F(CliErrorTest, BadServerUrlsAreRejectedBeforeAnyRequest) {
 }
 
 TEST_F(CliErrorTest, ReadingCommandsNeedASyncedDataDirectory) {
-    const auto missing = scratch.path() / "missing";
+    const auto missing = folder.path() / "missing";
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"search", "a"}, {"show", "--id", "1"}, {"status"}, {"remove"}, {"list"}}) {
         const auto result = runCli(command + userArgs(missing));
@@ -87,20 +90,20 @@ TEST_F(CliErrorTest, ReadingCommandsNeedASyncedDataDirectory) {
         expectOneLine(result, "the data directory " + missing.string() + " does not exist");
     }
     // An existing folder that no sync has used yet.
-    const auto empty = runCli(std::vector<std::string>{"status"} + userArgs(scratch.path()));
+    const auto empty = runCli(std::vector<std::string>{"status"} + userArgs(folder.path()));
     EXPECT_EQ(empty.exitStatus, 2);
     expectOneLine(empty, "holds no contacts database");
 }
 
 TEST_F(CliErrorTest, ServerQueriesNeedAServerThatAcceptsTheUser) {
     ASSERT_EQ(sync(serverArgs(server)).exitStatus, 0);
-    const auto noServer = runCli(std::vector<std::string>{"search", "a", "--source", "server"} + userArgs(scratch.path()));
+    const auto noServer = runCli(std::vector<std::string>{"search", "a", "--source", "server"} + userArgs(folder.path()));
     EXPECT_EQ(noServer.exitStatus, 2);
     expectOneLine(noServer, "give --server URL");
 
     const auto refused = runCli(std::vector<std::string>{"search", "a", "--source", "both", "--server",
                                                          server.baseURL(), "--token", "nope"} +
-                                userArgs(scratch.path()));
+                                userArgs(folder.path()));
     EXPECT_EQ(refused.exitStatus, 1);
     expectOneLine(refused, "refused the token for user u1");
 }
@@ -108,8 +111,8 @@ TEST_F(CliErrorTest, ServerQueriesNeedAServerThatAcceptsTheUser) {
 TEST_F(CliErrorTest, CommandLineMistakesExitWithStatusTwo) {
     EXPECT_EQ(runCli({}).exitStatus, 2);
     EXPECT_EQ(runCli({"frobnicate"}).exitStatus, 2);
-    EXPECT_EQ(runCli({"sync", "--data-dir", scratch.path().string()}).exitStatus, 2);
-    EXPECT_EQ(runCli(std::vector<std::string>{"search", "a", "--source", "cloud"} + userArgs(scratch.path())).exitStatus,
+    EXPECT_EQ(runCli({"sync", "--data-dir", folder.path().string()}).exitStatus, 2);
+    EXPECT_EQ(runCli(std::vector<std::string>{"search", "a", "--source", "cloud"} + userArgs(folder.path())).exitStatus,
               2);
 }
 

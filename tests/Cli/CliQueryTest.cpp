@@ -37,9 +37,9 @@ class CliQueryTest : public ::testing::Test {
 protected:
     // One server and one download serve every query of the suite.
     static void SetUpTestSuite() {
-        server = std::make_unique<sample_server::SampleContactsServer>(smallServerOptions());
+        server = std::make_unique<sample_server::SampleContactsServer>(cliServerOptions);
         ASSERT_GT(server->start(), 0);
-        scratch = std::make_unique<ScratchDirectory>();
+        scratch = std::make_unique<ycontacts::testsupport::TemporaryDirectory>();
         const auto synced = runCli(std::vector<std::string>{"sync"} + serverArgs(*server) + userArgs(scratch->path()));
         ASSERT_EQ(synced.exitStatus, 0) << synced.err;
     }
@@ -62,7 +62,7 @@ protected:
     }
 
     static inline std::unique_ptr<sample_server::SampleContactsServer> server;
-    static inline std::unique_ptr<ScratchDirectory> scratch;
+    static inline std::unique_ptr<ycontacts::testsupport::TemporaryDirectory> scratch;
 };
 
 TEST_F(CliQueryTest, LocalSearchFindsTheContactAndOnlyMatchingOnes) {

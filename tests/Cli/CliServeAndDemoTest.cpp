@@ -50,7 +50,7 @@ TEST(CliDemoTest, SmallDemoPassesItsOwnChecksAndRemovesItsTemporaryFolder) {
 }
 
 TEST(CliDemoTest, DemoKeepsAGivenDataDirectoryThatLaterCommandsRead) {
-    ScratchDirectory scratch;
+    ycontacts::testsupport::TemporaryDirectory scratch;
     const auto dataDir = scratch.path() / "demo";
     const auto result =
         runCli({"demo", "--contacts", "200", "--org-contacts", "60", "--json", "--data-dir", dataDir.string()});

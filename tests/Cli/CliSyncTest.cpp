@@ -8,20 +8,15 @@ namespace {
 
 using namespace cli_test;
 
-class CliSyncTest : public ::testing::Test {
+class CliSyncTest : public CliServerTest {
 protected:
-    void SetUp() override { ASSERT_GT(server.start(), 0); }
-
     CliResult sync(const std::vector<std::string>& extra = {}) {
-        return runCli(std::vector<std::string>{"sync", "--json"} + serverArgs(server) + userArgs(scratch.path()) + extra);
+        return runCli(std::vector<std::string>{"sync", "--json"} + serverArgs(server) + userArgs(folder.path()) + extra);
     }
 
     std::int64_t serverCount(bool isOrg) {
         return static_cast<std::int64_t>(server.contacts(isOrg ? "o1" : "u1", isOrg).size());
     }
-
-    sample_server::SampleContactsServer server{smallServerOptions()};
-    ScratchDirectory scratch;
 };
 
 TEST_F(CliSyncTest, InitialSyncStoresBothPopulationsAndReportsCompletion) {
@@ -37,14 +32,14 @@ TEST_F(CliSyncTest, InitialSyncStoresBothPopulationsAndReportsCompletion) {
     EXPECT_EQ(report["stored"]["org"], serverCount(true));
     EXPECT_GT(report["lastUpdatedTime"].get<double>(), 0.0);
     // The data directory's layout is what the tool documents.
-    EXPECT_TRUE(std::filesystem::is_regular_file(scratch.path() / "contacts.sqlite"));
-    EXPECT_TRUE(std::filesystem::is_regular_file(scratch.path() / "preferences.sqlite"));
-    EXPECT_TRUE(std::filesystem::is_directory(scratch.path() / "photos"));
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path() / "contacts.sqlite"));
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path() / "preferences.sqlite"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path() / "photos"));
     EXPECT_TRUE(result.err.empty()) << result.err;
 }
 
 TEST_F(CliSyncTest, HumanOutputShowsProgressOnStderrAndTheOutcomeOnStdout) {
-    const auto result = runCli(std::vector<std::string>{"sync"} + serverArgs(server) + userArgs(scratch.path()));
+    const auto result = runCli(std::vector<std::string>{"sync"} + serverArgs(server) + userArgs(folder.path()));
     ASSERT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_NE(result.out.find("Initial download of u1 complete: 150 personal and 80 organisation contacts stored"),
               std::string::npos)
@@ -80,25 +75,25 @@ TEST_F(CliSyncTest, SecondSyncBringsExactlyTheServerSideChanges) {
     EXPECT_EQ(report["stored"]["personal"], serverCount(false));
     EXPECT_EQ(report["stored"]["org"], serverCount(true));
 
-    const auto shownAdded = runCli(std::vector<std::string>{"show", "--json", "--id", *addedId} + userArgs(scratch.path()));
+    const auto shownAdded = runCli(std::vector<std::string>{"show", "--json", "--id", *addedId} + userArgs(folder.path()));
     ASSERT_EQ(shownAdded.exitStatus, 0) << shownAdded.err;
     EXPECT_EQ(shownAdded.json()["firstName"], "Zelda");
     const auto shownRenamed =
-        runCli(std::vector<std::string>{"show", "--json", "--id", renamed.contactId} + userArgs(scratch.path()));
+        runCli(std::vector<std::string>{"show", "--json", "--id", renamed.contactId} + userArgs(folder.path()));
     ASSERT_EQ(shownRenamed.exitStatus, 0) << shownRenamed.err;
     EXPECT_EQ(shownRenamed.json()["nickName"], "Renamed");
-    const auto shownDeleted = runCli(std::vector<std::string>{"show", "--id", deletedId} + userArgs(scratch.path()));
+    const auto shownDeleted = runCli(std::vector<std::string>{"show", "--id", deletedId} + userArgs(folder.path()));
     EXPECT_EQ(shownDeleted.exitStatus, 1);
     EXPECT_NE(shownDeleted.err.find("no contact with id " + deletedId), std::string::npos) << shownDeleted.err;
 }
 
 TEST_F(CliSyncTest, ResetDownloadsAfreshAfterRemove) {
     ASSERT_EQ(sync().exitStatus, 0);
-    const auto removed = runCli(std::vector<std::string>{"remove", "--json"} + userArgs(scratch.path()));
+    const auto removed = runCli(std::vector<std::string>{"remove", "--json"} + userArgs(folder.path()));
     ASSERT_EQ(removed.exitStatus, 0) << removed.err;
     EXPECT_EQ(removed.json()["removed"]["personal"], serverCount(false));
     EXPECT_EQ(removed.json()["remaining"], (nlohmann::json{{"personal", 0}, {"org", 0}}));
-    const auto status = runCli(std::vector<std::string>{"status", "--json"} + userArgs(scratch.path()));
+    const auto status = runCli(std::vector<std::string>{"status", "--json"} + userArgs(folder.path()));
     EXPECT_EQ(status.json()["personal"], 0);
     EXPECT_TRUE(status.json()["lastUpdatedTime"].is_null()) << status.out;
 
@@ -111,7 +106,7 @@ TEST_F(CliSyncTest, ResetDownloadsAfreshAfterRemove) {
 
 TEST_F(CliSyncTest, UserWithoutOrganisationCompletesWithPersonalContactsOnly) {
     const auto result = runCli(std::vector<std::string>{"sync", "--json"} + serverArgs(server, "u3") +
-                               userArgs(scratch.path(), "u3"));
+                               userArgs(folder.path(), "u3"));
     ASSERT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(result.json()["stored"],
               (nlohmann::json{{"personal", server.contacts("u3", false).size()}, {"org", 0}}));

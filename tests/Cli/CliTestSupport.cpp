@@ -179,28 +179,6 @@ std::optional<int> CliProcess::wait(std::chrono::seconds timeout) {
     return statusOf(raw);
 }
 
-ScratchDirectory::ScratchDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "ycontacts-cli-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
-
-ScratchDirectory::~ScratchDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-sample_server::SampleServerOptions smallServerOptions() {
-    sample_server::SampleServerOptions options;
-    options.seed = 11;
-    options.users = 3;
-    options.usersPerOrg = 2;
-    options.usersWithoutOrg = 1;
-    options.personalContactsPerUser = 150;
-    options.orgContactsPerOrg = 80;
-    return options;
-}
-
 std::vector<std::string> serverArgs(const sample_server::SampleContactsServer& server, const std::string& yuid) {
     std::vector<std::string> args{"--server", server.baseURL(), "--token", server.userToken(yuid)};
     if (const auto yoid = server.yoidOf(yuid)) args.insert(args.end(), {"--org", *yoid});

@@ -1,6 +1,6 @@
 #pragma once
 // Helpers for the command line tool's tests: run the built `ycontacts` as a subprocess with a time limit,
-// keep a scratch folder, and read the tool's JSON output.
+// start the sample server, and read the tool's JSON output.
 
 #include <chrono>
 #include <filesystem>
@@ -11,7 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sample_server/SampleContactsServer.h"
+#include "Support/SampleServerFixture.h"
 
 namespace cli_test {
 
@@ -56,21 +56,15 @@ private:
     bool reaped_ = false;
 };
 
-// A scratch folder removed with everything in it.
-class ScratchDirectory {
-public:
-    ScratchDirectory();
-    ~ScratchDirectory();
-    ScratchDirectory(const ScratchDirectory&) = delete;
-    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
-
 // Small data: u1 and u2 share organisation o1, u3 has none.
-sample_server::SampleServerOptions smallServerOptions();
+inline const sample_server::SampleServerOptions cliServerOptions{
+    .seed = 11, .users = 3, .personalContactsPerUser = 150, .orgContactsPerOrg = 80, .usersWithoutOrg = 1};
+
+// The sample server started for each test, and a scratch folder for the tool's data.
+class CliServerTest : public ycontacts::testsupport::SampleServerTest {
+protected:
+    CliServerTest() : SampleServerTest(cliServerOptions) {}
+};
 
 // The arguments that reach `server` as u1 of o1 with its token, and keep data in `dataDir`.
 std::vector<std::string> serverArgs(const sample_server::SampleContactsServer& server, const std::string& yuid = "u1");

@@ -1,6 +1,3 @@
-#include <regex>
-#include <set>
-
 #include "DataManager/DataManagerTestSupport.h"
 
 namespace ycontacts::dmtest {
@@ -10,22 +7,6 @@ using ::testing::_;
 using ::testing::ElementsAre;
 using ::testing::InSequence;
 using ::testing::Return;
-
-TEST_F(DataManagerTest, EveryStateBoxHasALabelOfItsOwn) {
-    const auto other = makeManager();
-    const std::regex labelForm("com\\.ycontacts\\.datamanager\\.SafeReadWrite\\."
-                               "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
-    std::set<std::string> labels;
-    for (const auto* each : {manager.get(), other.get()}) {
-        for (const auto& label : {each->noImgCache().label(), each->syncingYuids().label(),
-                                  each->yuidYoidMap().label(), each->resetingYuids().label(),
-                                  each->startedYuids().label()}) {
-            EXPECT_TRUE(std::regex_match(label, labelForm)) << label;
-            labels.insert(label);
-        }
-    }
-    EXPECT_EQ(labels.size(), 10u);
-}
 
 TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete) {
     // Organisation complete, personal not: the initial fetch runs again, from the stored page.

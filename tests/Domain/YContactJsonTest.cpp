@@ -164,13 +164,5 @@ TEST(YContactJsonTest, EncodingWritesFieldOrderRawStringsAndOnlyPresentOptionals
     })"));
 }
 
-TEST(YContactJsonTest, EnumerationsCodeAsRawStringsOnTheirOwn) {
-    const json flikr = YContact::URLType::flikr;
-    EXPECT_EQ(flikr, "flikr");
-    EXPECT_EQ(json("others").get<YContact::IMType>(), YContact::IMType::others);
-    EXPECT_EQ(nlohmann::ordered_json("group").get<YContactType>(), YContactType::group);
-    EXPECT_THROW(json(0).get<YContactType>(), json::exception) << "numbers are not accepted for enumerations";
-}
-
 }  // namespace
 }  // namespace ycontacts

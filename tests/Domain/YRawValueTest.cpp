@@ -34,16 +34,5 @@ TEST(YRawValueTest, EveryEnumerationMapsBothWaysWithItsExactStrings) {
     expectRawValues<YContactType>({"group", "user"});
 }
 
-TEST(YRawValueTest, UnknownOrDifferentlyCasedStringsGiveNoValue) {
-    EXPECT_EQ(fromRawValue<YContact::URLType>("flikr"), YContact::URLType::flikr);
-    EXPECT_FALSE(fromRawValue<YContact::URLType>("flickr"));
-    EXPECT_FALSE(fromRawValue<YContact::URLType>("linkedin"));
-    EXPECT_FALSE(fromRawValue<YContact::URLType>("others"));
-    EXPECT_FALSE(fromRawValue<YContact::PhoneType>("other"));
-    EXPECT_FALSE(fromRawValue<YContact::Gender>("Male"));
-    EXPECT_FALSE(fromRawValue<YContactType>(""));
-    EXPECT_FALSE(fromRawValue<YContactType>("user "));
-}
-
 }  // namespace
 }  // namespace ycontacts

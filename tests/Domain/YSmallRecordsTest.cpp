@@ -15,17 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-TEST(YSuggestionContactTest, ConstructorSetsOnlyItsArgumentsAndTheDefaults) {
-    const YSuggestionContact suggestion("c-1", "ann@example.com", "Ann", true);
-    EXPECT_EQ(suggestion.contactId, "c-1");
-    EXPECT_EQ(suggestion.email, "ann@example.com");
-    EXPECT_EQ(suggestion.firstName, "Ann");
-    EXPECT_TRUE(suggestion.isOrg);
-    EXPECT_EQ(suggestion.type, YContactType::user);
-    EXPECT_TRUE(suggestion.hasPhoto);
-    EXPECT_FALSE(suggestion.yuid || suggestion.middleName || suggestion.lastName || suggestion.nickName);
-}
-
 TEST(YSuggestionContactTest, IdentityIsTheEmailAlone) {
     const YSuggestionContact first("c-1", "ann@example.com", "Ann", false);
     const YSuggestionContact sameAddress("c-2", "ann@example.com", "Anne", true);
@@ -66,13 +55,6 @@ TEST(YSuggestionContactTest, JsonRoundTripAndRequiredKeys) {
     json nullYuid = json(original);
     nullYuid["yuid"] = nullptr;
     EXPECT_FALSE(nullYuid.get<YSuggestionContact>().yuid);
-}
-
-TEST(YContactCategoryTest, IdIsKeptOrGeneratedAsTemporary) {
-    EXPECT_EQ(YContactCategory("cat-7").categoryId, "cat-7");
-    const YContactCategory generated(std::nullopt);
-    EXPECT_EQ(generated.categoryId.rfind("TempCategoryId-", 0), 0u) << generated.categoryId;
-    EXPECT_FALSE(generated.categoryName || generated.isDeleted);
 }
 
 TEST(YContactCategoryTest, DecodesSnakeCaseKeysAndKeepsTheDeletedFlagAsText) {

@@ -9,33 +9,28 @@
 
 #include "EndToEnd/EndToEndHarness.h"
 #include "EndToEnd/ServerExpectations.h"
-#include "sample_server/SampleContactsServer.h"
+#include "Support/SampleServerFixture.h"
 
 namespace ycontacts::endtoend {
 
 // Users u1 and u2 share organisation o1; u3 and u4 have no organisation. 120 personal contacts per user and
 // 80 organisation contacts make 4 and 3 pages of 50.
-inline sample_server::SampleServerOptions endToEndServerOptions() {
-    sample_server::SampleServerOptions options;
-    options.seed = 11;
-    options.users = 4;
-    options.usersPerOrg = 2;
-    options.usersWithoutOrg = 2;
-    options.personalContactsPerUser = 120;
-    options.orgContactsPerOrg = 80;
-    return options;
-}
+inline const sample_server::SampleServerOptions endToEndServerOptions{
+    .seed = 11, .users = 4, .personalContactsPerUser = 120, .orgContactsPerOrg = 80, .usersWithoutOrg = 2};
 
-class EndToEndTest : public ::testing::Test {
+class EndToEndTest : public testsupport::SampleServerTest {
 protected:
+    EndToEndTest() : SampleServerTest(endToEndServerOptions) {}
+
     void SetUp() override {
-        ASSERT_GT(server.start(), 0);
+        SampleServerTest::SetUp();
+        if (HasFatalFailure()) return;
         harness = std::make_unique<SyncHarness>(folder.path(), server.baseURL(), harnessSettings());
     }
 
     void TearDown() override {
         harness.reset();
-        server.stop();
+        SampleServerTest::TearDown();
     }
 
     virtual HarnessSettings harnessSettings() { return {}; }
@@ -77,8 +72,6 @@ protected:
         return requests;
     }
 
-    TempFolder folder;
-    sample_server::SampleContactsServer server{endToEndServerOptions()};
     std::unique_ptr<SyncHarness> harness;
 };
 

@@ -1,16 +1,13 @@
 #include "EndToEnd/EndToEndHarness.h"
 
 #include <future>
-#include <random>
 
 #include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
-#include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
 #include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
-#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
@@ -29,17 +26,6 @@ std::string idsText(const std::vector<YContact>& contacts) {
 }
 
 }  // namespace
-
-TempFolder::TempFolder() {
-    std::random_device random;
-    path_ = fs::temp_directory_path() / ("ycontacts-e2e-" + std::to_string(random()) + std::to_string(random()));
-    fs::create_directories(path_);
-}
-
-TempFolder::~TempFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
 
 void SampleAuthenticator::getAuthorizationHeader(const std::string& yuid, AuthorizationCallback callback) {
     callback("token-" + yuid, std::nullopt);
@@ -152,61 +138,22 @@ void ObservedNetwork::getContacts(const std::string& yuid, const std::optional<s
                                   ContactsPageCallback callback) {
     const std::string page = std::string(population(isOrg)) + " page " + std::to_string(startIndex);
     log.append({yuid, "request " + page});
-    real_->getContacts(yuid, yoid, isOrg, startIndex, limit, updatedTime,
-                       [this, yuid, page, callback = std::move(callback)](
-                           std::optional<YContactNetworkResponse> response) {
-                           // Logged once the data manager has handled the reply.
-                           const std::string outcome = !response ? "none" : response->error ? "error" : "ok";
-                           callback(std::move(response));
-                           log.append({yuid, "reply " + page + " " + outcome});
-                       });
+    YContactsNetworkService::getContacts(
+        yuid, yoid, isOrg, startIndex, limit, updatedTime,
+        [this, yuid, page, callback = std::move(callback)](std::optional<YContactNetworkResponse> response) {
+            // Logged once the data manager has handled the reply.
+            const std::string outcome = !response ? "none" : response->error ? "error" : "ok";
+            callback(std::move(response));
+            log.append({yuid, "reply " + page + " " + outcome});
+        });
     // The authorization value is given at once, so by now the request is with the HTTP client and
     // cancelling the user's tasks reaches it.
     log.append({yuid, "sent " + page});
 }
 
-void ObservedNetwork::searchContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
-                                     std::optional<int> limit, const std::optional<std::string>& searchText,
-                                     SearchCallback callback) {
-    real_->searchContacts(yuid, yoid, isOrg, limit, searchText, std::move(callback));
-}
-
-void ObservedNetwork::getContactUsageCount(const std::string& yuid, UsageCountCallback callback) {
-    real_->getContactUsageCount(yuid, std::move(callback));
-}
-
 void ObservedNetwork::cancelTasks(const std::string& yuid) {
-    real_->cancelTasks(yuid);
+    YContactsNetworkService::cancelTasks(yuid);
     log.append({yuid, "cancelled"});
-}
-
-void ObservedPreference::setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) {
-    real_->setStartIndex(yuid, index, isOrg);
-}
-
-std::int64_t ObservedPreference::startIndex(const std::string& yuid, bool isOrg) {
-    return real_->startIndex(yuid, isOrg);
-}
-
-void ObservedPreference::setCompleteState(const std::string& yuid, bool isComplete, bool isOrg) {
-    real_->setCompleteState(yuid, isComplete, isOrg);
-}
-
-bool ObservedPreference::completeState(const std::string& yuid, bool isOrg) {
-    return real_->completeState(yuid, isOrg);
-}
-
-std::optional<double> ObservedPreference::lastUpdatedTime(const std::string& yuid) {
-    return real_->lastUpdatedTime(yuid);
-}
-
-void ObservedPreference::setLastUpdatedTime(const std::string& yuid, double time) {
-    real_->setLastUpdatedTime(yuid, time);
-}
-
-void ObservedPreference::removeAllPreferences(const std::string& yuid) {
-    real_->removeAllPreferences(yuid);
-    log.append({yuid, "removed"});
 }
 
 SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL, HarnessSettings settings)
@@ -224,13 +171,12 @@ SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL, Har
     };
     builders.network = [this](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
         -> std::shared_ptr<YContactsNetworkContract> {
-        network_ = std::make_shared<ObservedNetwork>(std::make_shared<YContactsNetworkService>(
-            authorization, std::make_shared<YContactsURLConstructor>(), std::make_shared<YContactsParser>(),
-            networkManager_));
+        network_ = std::make_shared<ObservedNetwork>(authorization, std::make_shared<YContactsURLConstructor>(),
+                                                     std::make_shared<YContactsParser>(), networkManager_);
         return network_;
     };
     builders.preference = [this]() -> std::shared_ptr<YContactsPreferenceContract> {
-        preference_ = std::make_shared<ObservedPreference>(std::make_shared<YContactsPreferenceService>());
+        preference_ = std::make_shared<ObservedPreference>();
         return preference_;
     };
     builders.dataManager = [batchLimit = settings.batchLimit](auto database, auto network, auto preference,

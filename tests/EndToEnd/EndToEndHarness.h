@@ -12,29 +12,16 @@
 #include <string>
 #include <vector>
 
-#include "ycontacts/Contacts/Data/Contracts/YContactsNetworkContract.h"
-#include "ycontacts/Contacts/Data/Contracts/YContactsPreferenceContract.h"
+#include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
 #include "ycontacts/Contacts/YContactService.h"
 #include "ycontacts/Contacts/YContactsNotification.h"
 #include "ycontacts/Platform/YNetworkManager/YNetworkManager.h"
+#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 
 namespace ycontacts::endtoend {
 
 // Long enough for a loaded debug build; a passing test never waits this long.
 inline constexpr std::chrono::seconds defaultWait{30};
-
-// A fresh folder under the system's temporary directory, removed with everything in it on destruction.
-class TempFolder {
-public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 // What the sample server expects: "token-<yuid>" for every user, and the server itself as a direct host.
 class SampleAuthenticator : public YContactsAuthenticationContract {
@@ -107,41 +94,28 @@ private:
 
 // The real network service with every page request and reply written to a log: "request <personal|org>
 // page <n>" when the data manager asks, "sent <personal|org> page <n>" once the request is with the HTTP
-// client, "reply <personal|org> page <n> <ok|none|error>" once the data manager has handled the reply.
-class ObservedNetwork : public YContactsNetworkContract {
+// client, "reply <personal|org> page <n> <ok|none|error>" once the data manager has handled the reply, and
+// "cancelled" after the user's tasks were cancelled.
+class ObservedNetwork : public YContactsNetworkService {
 public:
-    explicit ObservedNetwork(std::shared_ptr<YContactsNetworkContract> real) : real_(std::move(real)) {}
+    using YContactsNetworkService::YContactsNetworkService;
     void getContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg, int startIndex,
                      int limit, std::optional<double> updatedTime, ContactsPageCallback callback) override;
-    void searchContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
-                        std::optional<int> limit, const std::optional<std::string>& searchText,
-                        SearchCallback callback) override;
-    void getContactUsageCount(const std::string& yuid, UsageCountCallback callback) override;
     void cancelTasks(const std::string& yuid) override;
 
     EventLog log;
-
-private:
-    const std::shared_ptr<YContactsNetworkContract> real_;
 };
 
 // The real preference service; logs "removed" once a user's preferences are gone, the last step of
 // removing a user's data.
-class ObservedPreference : public YContactsPreferenceContract {
+class ObservedPreference : public YContactsPreferenceService {
 public:
-    explicit ObservedPreference(std::shared_ptr<YContactsPreferenceContract> real) : real_(std::move(real)) {}
-    void setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) override;
-    std::int64_t startIndex(const std::string& yuid, bool isOrg) override;
-    void setCompleteState(const std::string& yuid, bool isComplete, bool isOrg) override;
-    bool completeState(const std::string& yuid, bool isOrg) override;
-    std::optional<double> lastUpdatedTime(const std::string& yuid) override;
-    void setLastUpdatedTime(const std::string& yuid, double time) override;
-    void removeAllPreferences(const std::string& yuid) override;
+    void removeAllPreferences(const std::string& yuid) override {
+        YContactsPreferenceService::removeAllPreferences(yuid);
+        log.append({yuid, "removed"});
+    }
 
     EventLog log;
-
-private:
-    const std::shared_ptr<YContactsPreferenceContract> real_;
 };
 
 struct HarnessSettings {

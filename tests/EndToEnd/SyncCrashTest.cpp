@@ -118,20 +118,12 @@ private:
     int progress_ = -1;
 };
 
-class EndToEndCrash : public ::testing::Test {
+// Five times the usual data, so that the child is still syncing when it is killed.
+class EndToEndCrash : public testsupport::SampleServerTest {
 protected:
-    static sample_server::SampleServerOptions options() {
-        auto value = endToEndServerOptions();
-        value.personalContactsPerUser = 600;
-        value.orgContactsPerOrg = 300;
-        return value;
-    }
-
-    void SetUp() override { ASSERT_GT(server.start(), 0); }
-    void TearDown() override { server.stop(); }
-
-    TempFolder folder;
-    sample_server::SampleContactsServer server{options()};
+    EndToEndCrash()
+        : SampleServerTest({.seed = 11, .users = 4, .personalContactsPerUser = 600, .orgContactsPerOrg = 300,
+                            .usersWithoutOrg = 2}) {}
 };
 
 TEST_F(EndToEndCrash, AProcessKilledDuringTheInitialSyncLeavesAnIntactStoreThatTheNextProcessCompletes) {

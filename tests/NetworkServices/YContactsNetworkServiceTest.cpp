@@ -14,7 +14,7 @@
 #include "Support/FakeAuthentication.h"
 #include "Support/LogCapture.h"
 #include "Support/Waiting.h"
-#include "sample_server/SampleContactsServer.h"
+#include "Support/SampleServerFixture.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
 #include "ycontacts/Platform/MarloComponents/Logger.h"
@@ -23,23 +23,11 @@ namespace ycontacts {
 namespace {
 
 using testsupport::becomesReady;
+using testsupport::eventually;
 using testsupport::FakeAuthentication;
 using testsupport::LogCapture;
 using sample_server::Fault;
 using sample_server::SampleContact;
-using sample_server::SampleContactsServer;
-using sample_server::SampleServerOptions;
-
-// Waits for a condition that another thread makes true; false when it does not happen in time.
-template <class Condition>
-bool eventually(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + testsupport::waitLimit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 std::vector<std::string> idsOf(const std::optional<std::vector<YContact>>& contacts) {
     std::vector<std::string> ids;
@@ -105,19 +93,12 @@ void expectSameContact(const SampleContact& expected, const YContact& actual, bo
 }
 
 // u1 belongs to organisation o1; u2 has no organisation.
-SampleServerOptions serverOptions() {
-    SampleServerOptions options;
-    options.users = 2;
-    options.usersWithoutOrg = 1;
-    options.personalContactsPerUser = 120;
-    options.orgContactsPerOrg = 80;
-    return options;
-}
-
-class YContactsNetworkServiceTest : public ::testing::Test {
+class YContactsNetworkServiceTest : public testsupport::SampleServerTest {
 protected:
+    YContactsNetworkServiceTest() : SampleServerTest({.users = 2, .usersWithoutOrg = 1}) {}
+
     void SetUp() override {
-        ASSERT_GT(server.start(), 0);
+        SampleServerTest::SetUp();
         authentication->set("u1", "token-u1", YContactsHost::idc(server.baseURL()));
         authentication->set("u2", "token-u2", YContactsHost::idc(server.baseURL()));
     }
@@ -149,7 +130,6 @@ protected:
         return becomesReady(future) ? future.get() : std::nullopt;
     }
 
-    SampleContactsServer server{serverOptions()};
     std::shared_ptr<FakeAuthentication> authentication = std::make_shared<FakeAuthentication>();
     std::shared_ptr<YContactsNetworkService> service = std::make_shared<YContactsNetworkService>(
         authentication, std::make_shared<YContactsURLConstructor>(), std::make_shared<YContactsParser>());

@@ -72,15 +72,6 @@ TEST(YNetworkServiceTest, CancelWithTheClientGoneStillDropsTheUser) {
     EXPECT_FALSE(service.taskIds("u1"));
 }
 
-TEST(YNetworkServiceTest, EveryServiceHasItsOwnLabelledBox) {
-    RecordingService first;
-    RecordingService second;
-    const std::string prefix = "com.ycontacts.SafeReadWrite.";
-    EXPECT_EQ(first.tasksListLabel().rfind(prefix, 0), 0u);
-    EXPECT_EQ(first.tasksListLabel().size(), prefix.size() + 36);
-    EXPECT_NE(first.tasksListLabel(), second.tasksListLabel());
-}
-
 // Sends through a real client but never asks it to cancel: as if every transfer had already finished by the
 // time cancelTasks reached the client, so only the registry stands between a cancelled request and its body.
 class LateCancelService : public YNetworkService, public std::enable_shared_from_this<LateCancelService> {

@@ -90,18 +90,5 @@ TEST(YWorkQueueTest, QueueReleasedFromOneOfItsOwnTasksStopsWithoutDeadlock) {
     EXPECT_TRUE(becomesReady(ended)) << "the releasing worker kept running";
 }
 
-TEST(YWorkQueueTest, UsecaseQueueIsOneSharedPoolOfFourWorkers) {
-    YWorkQueue& queue = UsecaseQueue::queue();
-    EXPECT_EQ(&queue, &UsecaseQueue::queue());
-    EXPECT_EQ(queue.threadCount(), 4u);
-    EXPECT_EQ(queue.label(), "UsecaseQueue");
-
-    std::promise<std::thread::id> ran;
-    queue.async([&] { ran.set_value(std::this_thread::get_id()); });
-    auto thread = ran.get_future();
-    ASSERT_TRUE(becomesReady(thread));
-    EXPECT_NE(thread.get(), std::this_thread::get_id());
-}
-
 }  // namespace
 }  // namespace ycontacts

@@ -5,18 +5,20 @@
 #include <memory>
 
 #include "SampleServer/SampleServerTestSupport.h"
+#include "Support/SampleServerFixture.h"
 
 using sample_server::SampleContact;
-using sample_server::SampleContactsServer;
 using sample_server_test::getJson;
 using sample_server_test::smallOptions;
 
 namespace {
 
-class SampleAccountAndPhoto : public ::testing::Test {
+class SampleAccountAndPhoto : public ycontacts::testsupport::SampleServerTest {
 protected:
+    SampleAccountAndPhoto() : SampleServerTest(smallOptions()) {}
+
     void SetUp() override {
-        ASSERT_GT(server.start(), 0);
+        SampleServerTest::SetUp();
         client = std::make_unique<httplib::Client>(server.baseURL());
     }
 
@@ -35,7 +37,6 @@ protected:
         return {};
     }
 
-    SampleContactsServer server{smallOptions()};
     std::unique_ptr<httplib::Client> client;
 };
 

@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "SampleServer/SampleServerTestSupport.h"
+#include "Support/SampleServerFixture.h"
 
-using sample_server::SampleContactsServer;
 using sample_server_test::getJson;
 using sample_server_test::smallOptions;
 
@@ -29,10 +29,12 @@ const char* kFullContact = R"({
   "birthday": {"date": 29, "month": 2, "year": 1988}
 })";
 
-class SampleUpdate : public ::testing::Test {
+class SampleUpdate : public ycontacts::testsupport::SampleServerTest {
 protected:
+    SampleUpdate() : SampleServerTest(smallOptions()) {}
+
     void SetUp() override {
-        ASSERT_GT(server.start(), 0);
+        SampleServerTest::SetUp();
         client = std::make_unique<httplib::Client>(server.baseURL());
     }
 
@@ -45,7 +47,6 @@ protected:
         return client->Delete(target.c_str(), httplib::Headers{{"Authorization", server.userToken(yuid)}});
     }
 
-    SampleContactsServer server{smallOptions()};
     std::unique_ptr<httplib::Client> client;
 };
 

@@ -37,20 +37,6 @@ TEST_F(StoreReadsTest, ListingOrdersByWeightThenNameIgnoringCaseAndPages) {
               (Ids{"amy", "ann", "dora"}));
 }
 
-TEST_F(StoreReadsTest, SearchMatchesNamePrefixesAndAddressesIgnoringCaseEachContactOnce) {
-    // ann by first name, bob by nick name, carl by address, dora by last name; amy has two matching
-    // addresses and still comes once.
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string("AN"), std::nullopt, std::nullopt)),
-              (Ids{"ann", "bob", "carl", "dora"}));
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string("amy@"), std::nullopt, std::nullopt)),
-              (Ids{"amy"}));
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string("ann z"), std::nullopt, std::nullopt)),
-              (Ids{"ann"}));
-    // Inside a word is not a prefix.
-    EXPECT_TRUE(store->getContacts("u1", std::nullopt, std::string("nn"), std::nullopt, std::nullopt)->empty());
-    EXPECT_EQ(idsOf(store->getContactsList("u1", false, std::string("an"), 1, 1)), (Ids{"dora"}));
-}
-
 TEST_F(StoreReadsTest, SearchesWalkThePrefixIndexesInListOrderWithoutSortingTheMatches) {
     // One, two and three letters use their own prefix index; longer texts use the three-letter one. The
     // index gives the list order, so nothing is sorted and the walk ends at the page's end.
@@ -120,16 +106,6 @@ TEST_F(StoreReadsTest, SuggestionsGiveOneEntryPerAddressPersonalBeforeOrgAtEqual
     const auto byAddress = store->getSuggestionContacts("u1", std::nullopt, "amy@c", 10);
     ASSERT_EQ(byAddress->size(), 1u);
     EXPECT_EQ(byAddress->front().email, "amy@corp.example");
-}
-
-TEST_F(StoreReadsTest, OrgSuggestionsHonourGroupExclusionNickNamesAndPaging) {
-    const auto all = [&](bool excludeGroups, bool nick) {
-        return idsOf(store->getOrgContactSuggestions("u1", std::string("an"), std::nullopt, 10, excludeGroups, nick));
-    };
-    EXPECT_EQ(all(false, true), (Ids{"bob", "carl"}));
-    EXPECT_EQ(all(false, false), (Ids{"carl"}));
-    EXPECT_EQ(all(true, true), (Ids{"bob"}));
-    EXPECT_EQ(idsOf(store->getOrgContactSuggestions("u1", std::nullopt, 1, 10, false, false)), (Ids{"carl"}));
 }
 
 TEST_F(StoreReadsTest, CategoryMembersAndCategoryNamesAreReadPerUser) {

@@ -91,14 +91,20 @@ inline std::size_t processThreadCount() {
     return count;
 }
 
-// A joined thread can stay listed for a moment after pthread_join returns, while the kernel reaps it.
-inline bool threadCountFallsTo(std::size_t expected) {
+// Polls a condition that another thread or process makes true; false when it does not hold within the limit.
+template <class Condition>
+bool eventually(Condition condition) {
     const auto deadline = std::chrono::steady_clock::now() + waitLimit;
-    while (processThreadCount() > expected) {
+    while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) return false;
         std::this_thread::yield();
     }
     return true;
+}
+
+// A joined thread can stay listed for a moment after pthread_join returns, while the kernel reaps it.
+inline bool threadCountFallsTo(std::size_t expected) {
+    return eventually([&] { return processThreadCount() <= expected; });
 }
 
 }  // namespace ycontacts::testsupport
