@@ -70,64 +70,82 @@ YSqliteValue columnValue(sqlite3_stmt* statement, int index, int type) {
 
 YSqliteResult<std::shared_ptr<YSqliteConnection>> YSqliteConnection::open(const YSqliteConfiguration& configuration) {
     const bool readOnly = configuration.connectionMode == YSqliteConnectionMode::readOnly;
-    // NOMUTEX: every use of the handle is already serialised by mutex().
-    const int flags = (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
-                      SQLITE_OPEN_NOMUTEX;
-    sqlite3* database = nullptr;
-    const int openCode = sqlite3_open_v2(configuration.dbPath.c_str(), &database, flags, nullptr);
-    if (openCode != SQLITE_OK) {
-        YSqliteError error{openCode, database ? sqlite3_errmsg(database) : sqlite3_errstr(openCode)};
-        sqlite3_close_v2(database);
-        return error;
-    }
-    // Taking ownership first means every failure below closes the handle.
-    std::shared_ptr<YSqliteConnection> connection(new YSqliteConnection(database));
-
-    sqlite3_busy_timeout(database, busyTimeoutMilliseconds);
-    // The store writes id lists as double-quoted items and relies on SQLite reading them as strings,
-    // whatever the library's build default.
-    sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
-
-    // A read-only handle cannot switch the file's journal mode; it follows whatever the writers chose.
-    // Reads go through a memory map of up to 256 MiB of the file: a page already in the OS cache then costs
-    // no system call, which is most of what a short read of scattered rows would otherwise spend.
-    const char* setup = readOnly ? "PRAGMA foreign_keys=OFF; PRAGMA mmap_size=268435456;"
-                                 : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF; "
-                                   "PRAGMA mmap_size=268435456;";
-    char* message = nullptr;
-    const int setupCode = sqlite3_exec(database, setup, nullptr, nullptr, &message);
-    if (setupCode != SQLITE_OK) {
+    const auto openHandle = [&](bool asReader, sqlite3*& database) -> std::optional<YSqliteError> {
+        // NOMUTEX: every use of the handle is already serialised by mutex().
+        const int flags = (asReader ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+                          SQLITE_OPEN_NOMUTEX;
+        const int openCode = sqlite3_open_v2(configuration.dbPath.c_str(), &database, flags, nullptr);
+        if (openCode != SQLITE_OK) {
+            YSqliteError error{openCode, database ? sqlite3_errmsg(database) : sqlite3_errstr(openCode)};
+            sqlite3_close_v2(database);
+            database = nullptr;
+            return error;
+        }
+        sqlite3_busy_timeout(database, busyTimeoutMilliseconds);
+        // The store writes id lists as double-quoted items and relies on SQLite reading them as strings,
+        // whatever the library's build default.
+        sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
+        // A read-only handle cannot switch the file's journal mode; it follows whatever the writer chose.
+        const char* setup = asReader ? "PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF; PRAGMA mmap_size=268435456;"
+                                     : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF;";
+        char* message = nullptr;
+        const int setupCode = sqlite3_exec(database, setup, nullptr, nullptr, &message);
+        if (setupCode == SQLITE_OK) return std::nullopt;
         YSqliteError error{setupCode, message ? message : sqlite3_errstr(setupCode)};
         sqlite3_free(message);
+        sqlite3_close_v2(database);
+        database = nullptr;
         return error;
-    }
-    return connection;
+    };
+
+    sqlite3* writer = nullptr;
+    if (auto error = openHandle(readOnly, writer)) return *error;
+    // A second handle on ":memory:" or a temporary file would be another database.
+    const bool ownFile = !configuration.dbPath.empty() && configuration.dbPath != ":memory:" &&
+                         configuration.dbPath.rfind("file:", 0) != 0;
+    sqlite3* reader = nullptr;
+    // Without its reader the connection reads through the writer: slower searches, nothing lost.
+    if (!readOnly && ownFile) openHandle(true, reader);
+    return std::shared_ptr<YSqliteConnection>(new YSqliteConnection(writer, reader));
 }
 
-YSqliteConnection::YSqliteConnection(sqlite3* database) : database_(database) {}
+YSqliteConnection::YSqliteConnection(sqlite3* writer, sqlite3* reader) {
+    writer_.database = writer;
+    reader_.database = reader;
+}
 
 YSqliteConnection::~YSqliteConnection() {
-    for (auto& entry : statements_) sqlite3_finalize(entry.second);
-    sqlite3_close_v2(database_);
+    reader_.close();
+    writer_.close();
 }
 
-YSqliteError YSqliteConnection::lastError() const { return lastError(sqlite3_errcode(database_)); }
-
-YSqliteError YSqliteConnection::lastError(int code) const {
-    return YSqliteError{code & 0xff, sqlite3_errmsg(database_)};
+void YSqliteConnection::Handle::close() {
+    for (auto& entry : statements) sqlite3_finalize(entry.second);
+    statements.clear();
+    index.clear();
+    if (database) sqlite3_close_v2(database);
+    database = nullptr;
 }
 
-sqlite3_stmt* YSqliteConnection::statement(const std::string& sql, YSqliteError& error) {
-    if (const auto found = statementIndex_.find(sql); found != statementIndex_.end()) {
-        statements_.splice(statements_.begin(), statements_, found->second);
-        return found->second->second;
-    }
+YSqliteError YSqliteConnection::lastError(sqlite3* database, int code) {
+    return YSqliteError{code & 0xff, sqlite3_errmsg(database)};
+}
+
+sqlite3_stmt* YSqliteConnection::Handle::cached(const std::string& sql) {
+    const auto found = index.find(sql);
+    if (found == index.end()) return nullptr;
+    statements.splice(statements.begin(), statements, found->second);
+    return found->second->second;
+}
+
+sqlite3_stmt* YSqliteConnection::Handle::statement(const std::string& sql, YSqliteError& error) {
+    if (sqlite3_stmt* known = cached(sql)) return known;
     sqlite3_stmt* prepared = nullptr;
     const char* tail = nullptr;
-    const int code = sqlite3_prepare_v3(database_, sql.c_str(), static_cast<int>(sql.size()) + 1,
+    const int code = sqlite3_prepare_v3(database, sql.c_str(), static_cast<int>(sql.size()) + 1,
                                         SQLITE_PREPARE_PERSISTENT, &prepared, &tail);
     if (code != SQLITE_OK) {
-        error = lastError(code);
+        error = lastError(database, code);
         sqlite3_finalize(prepared);
         return nullptr;
     }
@@ -135,19 +153,31 @@ sqlite3_stmt* YSqliteConnection::statement(const std::string& sql, YSqliteError&
         error = YSqliteError{SQLITE_MISUSE, "the text holds no SQL statement"};
         return nullptr;
     }
-    if (!onlyBlankOrComments(database_, tail)) {
+    if (!onlyBlankOrComments(database, tail)) {
         sqlite3_finalize(prepared);
         error = YSqliteError{SQLITE_MISUSE, "the text holds more than one SQL statement"};
         return nullptr;
     }
-    if (statements_.size() >= statementCacheCapacity) {
-        sqlite3_finalize(statements_.back().second);
-        statementIndex_.erase(statements_.back().first);
-        statements_.pop_back();
+    if (statements.size() >= statementCacheCapacity) {
+        sqlite3_finalize(statements.back().second);
+        index.erase(statements.back().first);
+        statements.pop_back();
     }
-    statements_.emplace_front(sql, prepared);
-    statementIndex_.emplace(sql, statements_.begin());
+    statements.emplace_front(sql, prepared);
+    index.emplace(sql, statements.begin());
     return prepared;
+}
+
+YSqliteConnection::Handle& YSqliteConnection::handleFor(const std::string& sql) {
+    if (!reader_.database || sqlite3_get_autocommit(writer_.database) == 0) return writer_;
+    if (reader_.cached(sql)) return reader_;
+    if (writer_.cached(sql)) return writer_;
+    sqlite3_stmt* probe = nullptr;
+    const bool readsOnly = sqlite3_prepare_v2(reader_.database, sql.c_str(), static_cast<int>(sql.size()) + 1,
+                                              &probe, nullptr) == SQLITE_OK &&
+                           probe && sqlite3_stmt_readonly(probe) != 0;
+    sqlite3_finalize(probe);
+    return readsOnly ? reader_ : writer_;
 }
 
 YSqliteResult<void> YSqliteConnection::bindAll(sqlite3_stmt* statement, const std::vector<Binding>& bindings) {
@@ -172,7 +202,7 @@ YSqliteResult<void> YSqliteConnection::bindAll(sqlite3_stmt* statement, const st
         } else {
             code = sqlite3_bind_double(statement, index, std::get<double>(*value));
         }
-        if (code != SQLITE_OK) return lastError(code);
+        if (code != SQLITE_OK) return lastError(sqlite3_db_handle(statement), code);
     }
     return {};
 }
@@ -180,7 +210,8 @@ YSqliteResult<void> YSqliteConnection::bindAll(sqlite3_stmt* statement, const st
 YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string& sql,
                                                               const std::vector<Binding>& bindings) {
     YSqliteError error{SQLITE_OK, {}};
-    sqlite3_stmt* prepared = statement(sql, error);
+    Handle& handle = handleFor(sql);
+    sqlite3_stmt* prepared = handle.statement(sql, error);
     if (!prepared) return error;
     StatementUse use(prepared);
     if (auto bound = bindAll(prepared, bindings); !bound.ok()) return bound.error();
@@ -194,7 +225,7 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteConnection::run(const std::string&
     for (;;) {
         const int code = sqlite3_step(prepared);
         if (code == SQLITE_DONE) break;
-        if (code != SQLITE_ROW) return lastError(code);
+        if (code != SQLITE_ROW) return lastError(handle.database, code);
         YSqliteRow row;
         row.reserve(static_cast<std::size_t>(columnCount));
         for (int column = 0; column < columnCount; ++column) {
@@ -212,14 +243,14 @@ YSqliteResult<void> YSqliteConnection::runEach(const std::string& sql,
                                                const std::vector<std::vector<Binding>>& bindingRows) {
     return inTransaction([&]() -> std::optional<YSqliteError> {
         YSqliteError error{SQLITE_OK, {}};
-        sqlite3_stmt* prepared = statement(sql, error);
+        sqlite3_stmt* prepared = writer_.statement(sql, error);
         if (!prepared) return error;
         // Reset once the rows are in, so the commit or rollback finds nothing of this call still running.
         StatementUse use(prepared);
         for (const auto& bindings : bindingRows) {
             if (auto bound = bindAll(prepared, bindings); !bound.ok()) return bound.error();
             const int code = sqlite3_step(prepared);
-            if (code != SQLITE_DONE && code != SQLITE_ROW) return lastError(code);
+            if (code != SQLITE_DONE && code != SQLITE_ROW) return lastError(writer_.database, code);
             sqlite3_reset(prepared);
         }
         return std::nullopt;
@@ -228,12 +259,16 @@ YSqliteResult<void> YSqliteConnection::runEach(const std::string& sql,
 
 YSqliteResult<void> YSqliteConnection::inTransaction(const std::function<std::optional<YSqliteError>()>& work,
                                                      bool writing) {
-    const bool outermost = sqlite3_get_autocommit(database_) != 0;
+    // A read snapshot is taken on the reader, unless a write transaction is open: then it is part of that.
+    sqlite3* database = !writing && reader_.database && sqlite3_get_autocommit(writer_.database) != 0
+                            ? reader_.database
+                            : writer_.database;
+    const bool outermost = sqlite3_get_autocommit(database) != 0;
     // IMMEDIATE takes the write lock up front, so another connection to the file waits in the busy
     // handler instead of failing halfway through. Nested calls name their savepoint by depth.
     const std::string savepoint = "ysqlite_" + std::to_string(savepointDepth_);
     const std::string begin = writing ? "BEGIN IMMEDIATE" : "BEGIN";
-    if (auto begun = runScript(outermost ? begin : "SAVEPOINT " + savepoint); !begun.ok()) return begun;
+    if (auto begun = runScript(database, outermost ? begin : "SAVEPOINT " + savepoint); !begun.ok()) return begun;
     ++savepointDepth_;
     std::optional<YSqliteError> error;
     try {
@@ -243,22 +278,26 @@ YSqliteResult<void> YSqliteConnection::inTransaction(const std::function<std::op
     }
     --savepointDepth_;
     const std::string finish = outermost ? "COMMIT" : "RELEASE " + savepoint;
-    if (!error && sqlite3_exec(database_, finish.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) error = lastError();
+    if (!error && sqlite3_exec(database, finish.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+        error = lastError(database, sqlite3_errcode(database));
+    }
     if (!error) return {};
     const std::string undo = outermost ? "ROLLBACK" : "ROLLBACK TO " + savepoint + "; RELEASE " + savepoint;
-    sqlite3_exec(database_, undo.c_str(), nullptr, nullptr, nullptr);
+    sqlite3_exec(database, undo.c_str(), nullptr, nullptr, nullptr);
     return *error;
 }
 
-YSqliteResult<void> YSqliteConnection::runScript(const std::string& sql) {
-    const bool wasInTransaction = sqlite3_get_autocommit(database_) == 0;
+YSqliteResult<void> YSqliteConnection::runScript(const std::string& sql) { return runScript(writer_.database, sql); }
+
+YSqliteResult<void> YSqliteConnection::runScript(sqlite3* database, const std::string& sql) {
+    const bool wasInTransaction = sqlite3_get_autocommit(database) == 0;
     char* message = nullptr;
-    const int code = sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, &message);
+    const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &message);
     if (code == SQLITE_OK) return {};
     YSqliteError error{code & 0xff, message ? message : sqlite3_errstr(code)};
     sqlite3_free(message);
-    if (!wasInTransaction && sqlite3_get_autocommit(database_) == 0) {
-        sqlite3_exec(database_, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (!wasInTransaction && sqlite3_get_autocommit(database) == 0) {
+        sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
     }
     return error;
 }

@@ -29,7 +29,9 @@ public:
     using Binding = const YSqliteValue*;
 
     // Opens (for readWrite, creating) the file in WAL mode with synchronous=NORMAL, a 5 s busy timeout
-    // and foreign keys off.
+    // and foreign keys off. A readWrite file gets two handles: the writer reads its pages with system calls,
+    // so that a long download does not map the whole file into the process; the reader maps up to 256 MiB of
+    // it, so that a search touching scattered pages already in the OS cache makes no system call per page.
     static YSqliteResult<std::shared_ptr<YSqliteConnection>> open(const YSqliteConfiguration& configuration);
 
     ~YSqliteConnection();
@@ -59,19 +61,33 @@ private:
     // Enough for the store's fixed statements; statements with values spliced into their text come and go.
     static constexpr std::size_t statementCacheCapacity = 64;
 
-    explicit YSqliteConnection(sqlite3* database);
+    // One sqlite3 handle and its prepared statements, most recently used first (the map points into the list).
+    struct Handle {
+        sqlite3* database = nullptr;
+        std::list<std::pair<std::string, sqlite3_stmt*>> statements;
+        std::unordered_map<std::string, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> index;
 
-    // The cached statement for `sql`, prepared on first use; null with `error` set on failure.
-    sqlite3_stmt* statement(const std::string& sql, YSqliteError& error);
+        // The cached statement for `sql`, or null.
+        sqlite3_stmt* cached(const std::string& sql);
+        // The cached statement for `sql`, prepared on first use; null with `error` set on failure.
+        sqlite3_stmt* statement(const std::string& sql, YSqliteError& error);
+        void close();
+    };
+
+    YSqliteConnection(sqlite3* writer, sqlite3* reader);
+
+    // The handle `sql` runs on: the reader for a statement that only reads while the writer holds no
+    // transaction (whose own writes a read inside it must see), the writer otherwise.
+    Handle& handleFor(const std::string& sql);
     YSqliteResult<void> bindAll(sqlite3_stmt* statement, const std::vector<Binding>& bindings);
-    YSqliteError lastError() const;
-    YSqliteError lastError(int code) const;
+    YSqliteResult<void> runScript(sqlite3* database, const std::string& sql);
+    static YSqliteError lastError(sqlite3* database, int code);
 
-    sqlite3* database_;
     std::recursive_mutex mutex_;
-    // Most recently used first; the map points into the list.
-    std::list<std::pair<std::string, sqlite3_stmt*>> statements_;
-    std::unordered_map<std::string, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> statementIndex_;
+    Handle writer_;
+    // A second, read-only handle with the file memory-mapped; none for a read-only configuration, where the
+    // one handle is mapped, or for a database that lives in memory.
+    Handle reader_;
     // Transactions open inside the outermost one, each under its own savepoint.
     int savepointDepth_ = 0;
 };
