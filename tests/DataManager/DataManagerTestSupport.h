@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -104,6 +105,21 @@ inline std::vector<YContact> contacts(std::initializer_list<const char*> contact
     std::vector<YContact> list;
     for (const char* id : contactIds) list.emplace_back(id, std::string("Name ") + id, 1700000000000);
     return list;
+}
+
+// What a page request asks for, as one line, e.g. "u1 o1 org page 2 of 1000 since 1234"; "none" when no
+// request came.
+inline std::string asked(const std::optional<FakeContactsNetworkService::PageRequest>& request) {
+    if (!request) return "none";
+    std::ostringstream line;
+    line << request->yuid << " " << request->yoid.value_or("nil") << (request->isOrg ? " org" : " personal")
+         << " page " << request->startIndex << " of " << request->limit << " since ";
+    if (request->updatedTime) {
+        line << *request->updatedTime;
+    } else {
+        line << "nil";
+    }
+    return line.str();
 }
 
 // A data manager over fresh fakes, with an observer registered for its notifications. The store counts 2

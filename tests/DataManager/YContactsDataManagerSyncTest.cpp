@@ -24,18 +24,12 @@ TEST_P(PageLoopEndTest, TheLoopEndsOnlyOnAFullOrClearlyShortLastPage) {
     const auto [count, hasMore, asksForNextPage] = GetParam();
     manager->runInitialFetch("u1", std::nullopt);
     const auto first = network->nextPage();
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->startIndex, 1);
-    EXPECT_EQ(first->limit, 1000);
+    ASSERT_EQ(asked(first), "u1 nil personal page 1 of 1000 since nil");
     first->reply(page(count, hasMore));
 
     if (asksForNextPage) {
         ASSERT_EQ(network->pendingPages(), 1u);
-        const auto second = network->nextPage();
-        EXPECT_EQ(second->startIndex, 2);
-        EXPECT_FALSE(second->isOrg);
-        EXPECT_EQ(second->limit, 1000);
-        EXPECT_EQ(second->updatedTime, std::nullopt);
+        EXPECT_EQ(asked(network->nextPage()), "u1 nil personal page 2 of 1000 since nil");
         // The next page index is stored before it is asked for, so a failure resumes there.
         EXPECT_EQ(preference->startIndex("u1", false), 2);
         EXPECT_TRUE(manager->isSyncInProgress("u1"));
@@ -70,8 +64,7 @@ TEST_F(DataManagerTest, AFailedPageEndsTheDownloadAndALaterFetchResumesAtThatPag
     manager->runInitialFetch("u1", "o1");
     network->nextPage()->reply(page(1000, true));
     const auto second = network->nextPage();
-    ASSERT_TRUE(second);
-    ASSERT_EQ(second->startIndex, 2);
+    ASSERT_EQ(asked(second), "u1 nil personal page 2 of 1000 since nil");
     second->reply(YContactNetworkResponse::getResponse(YContactError::authorizationError));
 
     EXPECT_FALSE(manager->isSyncInProgress("u1"));
@@ -81,9 +74,7 @@ TEST_F(DataManagerTest, AFailedPageEndsTheDownloadAndALaterFetchResumesAtThatPag
 
     manager->start("u1", "o1");
     const auto resumed = network->nextPage();
-    ASSERT_TRUE(resumed);
-    EXPECT_EQ(resumed->startIndex, 2);
-    EXPECT_FALSE(resumed->isOrg);
+    ASSERT_EQ(asked(resumed), "u1 nil personal page 2 of 1000 since nil");
 
     // No reply at all counts as a failure as well.
     resumed->reply(std::nullopt);
@@ -143,10 +134,7 @@ TEST_F(DataManagerTest, AnInitialFetchAppliesPagesInOrderAndReportsEachStep) {
     network->nextPage()->reply(personal);
 
     const auto organisation = network->nextPage();
-    ASSERT_TRUE(organisation);
-    EXPECT_TRUE(organisation->isOrg);
-    EXPECT_EQ(organisation->yoid, "o1");
-    EXPECT_EQ(organisation->startIndex, 1);
+    ASSERT_EQ(asked(organisation), "u1 o1 org page 1 of 1000 since nil");
     EXPECT_TRUE(manager->isSyncInProgress("u1"));
     auto orgPage = page(1, false);
     orgPage.newContacts = contacts({"d"});
@@ -176,25 +164,16 @@ TEST_F(DataManagerTest, AnIncrementalSyncAsksForChangesSinceTheLastSyncAndReport
     EXPECT_CALL(*preference, setStartIndex(_, _, _)).Times(0);
     manager->syncContacts("u1", "o1");
 
-    auto personal = network->nextPage();
-    ASSERT_TRUE(personal);
-    EXPECT_FALSE(personal->isOrg);
-    EXPECT_EQ(personal->yoid, std::nullopt);
-    EXPECT_EQ(personal->updatedTime, 1234.0);
-    personal->reply(page(1000, true));
-    personal = network->nextPage();
-    ASSERT_TRUE(personal);
-    EXPECT_EQ(personal->startIndex, 2);
-    EXPECT_EQ(personal->updatedTime, 1234.0);
-    personal->reply(page(0, false));
-
-    const auto organisation = network->nextPage();
-    ASSERT_TRUE(organisation);
-    EXPECT_TRUE(organisation->isOrg);
-    EXPECT_EQ(organisation->yoid, "o1");
-    EXPECT_EQ(organisation->startIndex, 1);
-    EXPECT_EQ(organisation->updatedTime, 1234.0);
-    organisation->reply(page(0, false));
+    // A full personal page, the short last one, then the organisation's: all since the stored time.
+    const std::pair<const char*, YContactNetworkResponse> steps[] = {
+        {"u1 nil personal page 1 of 1000 since 1234", page(1000, true)},
+        {"u1 nil personal page 2 of 1000 since 1234", page(0, false)},
+        {"u1 o1 org page 1 of 1000 since 1234", page(0, false)}};
+    for (const auto& [expected, reply] : steps) {
+        const auto request = network->nextPage();
+        ASSERT_EQ(asked(request), expected);
+        request->reply(reply);
+    }
 
     EXPECT_FALSE(manager->isSyncInProgress("u1"));
     const auto stored = manager->lastUpdatedTime("u1");

@@ -13,31 +13,17 @@ TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete)
     preference->seed("u1", true, false, 5000.0);
     preference->setStartIndex("u1", 3, false);
     manager->start("u1", "o1");
-    auto request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_FALSE(request->isOrg);
-    EXPECT_EQ(request->startIndex, 3);
-    EXPECT_EQ(request->updatedTime, std::nullopt);
-    EXPECT_EQ(request->yoid, std::nullopt);
+    EXPECT_EQ(asked(network->nextPage()), "u1 nil personal page 3 of 1000 since nil");
 
     // Personal complete, organisation not: the initial fetch goes straight to the organisation part.
     preference->seed("u2", false, true);
     manager->start("u2", "o2");
-    request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->yuid, "u2");
-    EXPECT_TRUE(request->isOrg);
-    EXPECT_EQ(request->yoid, "o2");
-    EXPECT_EQ(request->updatedTime, std::nullopt);
+    EXPECT_EQ(asked(network->nextPage()), "u2 o2 org page 1 of 1000 since nil");
 
     // Both complete: an incremental sync from page 1, changes since the stored time.
     preference->seed("u3", true, true, 7000.0);
     manager->start("u3", "o3");
-    request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->yuid, "u3");
-    EXPECT_EQ(request->startIndex, 1);
-    EXPECT_EQ(request->updatedTime, 7000.0);
+    EXPECT_EQ(asked(network->nextPage()), "u3 nil personal page 1 of 1000 since 7000");
 
     EXPECT_THAT(observer->events(), ElementsAre("downloadStarted u1 o1 initial", "downloadStarted u2 o2 initial",
                                                 "downloadStarted u3 o3 sync"));
@@ -47,9 +33,7 @@ TEST_F(DataManagerTest, StartRunsTheInitialFetchUntilBothPopulationsAreComplete)
 TEST_F(DataManagerTest, SyncAndInitialFetchHandOverToEachOther) {
     // An incomplete user asked to sync gets the initial fetch.
     manager->syncContacts("u1", std::nullopt);
-    const auto request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->updatedTime, std::nullopt);
+    EXPECT_EQ(asked(network->nextPage()), "u1 nil personal page 1 of 1000 since nil");
 
     // A complete user asked for the initial fetch is marked as syncing, then handed to the sync, which finds
     // the user busy and downloads nothing.
@@ -121,8 +105,7 @@ TEST_F(DataManagerTest, ResetRunsOnceWhileMarkedAndAgainOnceTheFreshDownloadEnds
     EXPECT_FALSE(manager->isSyncInProgress("u1"));
     manager->resetAndStart("u1", std::nullopt);
     request = network->nextPage();
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->startIndex, 1);
+    ASSERT_EQ(asked(request), "u1 nil personal page 1 of 1000 since nil");
 
     // A failed fresh download clears the marker too.
     request->reply(YContactNetworkResponse::getResponse(YContactError::networkFailure));
@@ -138,8 +121,7 @@ TEST_F(DataManagerTest, ResetWithAYoidKeepsItsMarkerUntilTheOrganisationDownload
     personal->reply(page(0, false));
     EXPECT_EQ(manager->resetingYuids().value(), std::vector<std::string>{"u1"});
     auto organisation = network->nextPage();
-    ASSERT_TRUE(organisation);
-    EXPECT_TRUE(organisation->isOrg);
+    ASSERT_EQ(asked(organisation), "u1 o1 org page 1 of 1000 since nil");
     organisation->reply(page(0, false));
     EXPECT_TRUE(manager->resetingYuids().value().empty());
 }

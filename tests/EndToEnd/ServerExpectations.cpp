@@ -19,31 +19,31 @@ using sample_server::SampleContact;
 const char* const contactTables[] = {"YContactDetail",     "YContactPhoneTable", "YContactEmailTable",
                                      "YContactIMTable",    "YContactUrlTable",   "YContactCategoryTable"};
 
+// The type a wire word names, or `fallback` for a word the table does not know.
+template <class Type>
+Type typeOf(const std::map<std::string, Type>& words, const std::string& word, Type fallback) {
+    const auto found = words.find(word);
+    return found == words.end() ? fallback : found->second;
+}
+
 YContact::PhoneType phoneType(const std::string& word) {
     using T = YContact::PhoneType;
-    static const std::map<std::string, T> words{
-        {"mobile", T::mobile}, {"home", T::home}, {"work", T::work}, {"fax", T::fax}, {"others", T::others}};
-    const auto found = words.find(word);
-    return found == words.end() ? T::others : found->second;
+    return typeOf<T>({{"mobile", T::mobile}, {"home", T::home}, {"work", T::work}, {"fax", T::fax}}, word, T::others);
 }
 
 YContact::URLType urlType(const std::string& word) {
     using T = YContact::URLType;
-    static const std::map<std::string, T> words{
-        {"home", T::personal},   {"work", T::company},  {"blog", T::blog},         {"linkedin", T::linkedIn},
-        {"facebook", T::facebook}, {"twitter", T::twitter}, {"amazon", T::amazon}, {"flickr", T::flikr},
-        {"delicious", T::delicious}};
-    const auto found = words.find(word);
-    return found == words.end() ? T::other : found->second;
+    return typeOf<T>({{"home", T::personal}, {"work", T::company}, {"blog", T::blog}, {"linkedin", T::linkedIn},
+                      {"facebook", T::facebook}, {"twitter", T::twitter}, {"amazon", T::amazon}, {"flickr", T::flikr},
+                      {"delicious", T::delicious}},
+                     word, T::other);
 }
 
 YContact::IMType imType(const std::string& word) {
     using T = YContact::IMType;
-    static const std::map<std::string, T> words{{"google", T::google}, {"yahoo", T::yahoo}, {"skype", T::skype},
-                                                {"aol", T::aol},       {"icq", T::icq},     {"msn", T::msn},
-                                                {"jabber", T::jabber}};
-    const auto found = words.find(word);
-    return found == words.end() ? T::others : found->second;
+    return typeOf<T>({{"google", T::google}, {"yahoo", T::yahoo}, {"skype", T::skype}, {"aol", T::aol},
+                      {"icq", T::icq}, {"msn", T::msn}, {"jabber", T::jabber}},
+                     word, T::others);
 }
 
 std::optional<std::string> unlessEmpty(const std::string& text) {
@@ -200,24 +200,20 @@ std::vector<std::string> expectedInitialDownloadLines(const std::vector<std::str
         return "countUpdate org=" + std::to_string(org) + " personal=" + std::to_string(personal);
     };
     std::size_t personal = 0;
-    for (const auto& page : expectedPages(personalIds, limit)) {
-        std::string added = "contactsAdded personal";
-        for (const auto& id : page) added += " " + id;
-        lines.push_back(added);
-        personal += page.size();
-        lines.push_back(counts(0, personal));
-    }
-    lines.push_back(counts(0, personal));
     std::size_t org = 0;
-    if (orgIds) {
-        for (const auto& page : expectedPages(*orgIds, limit)) {
-            std::string added = "contactsAdded org";
+    // Each page adds its contacts and updates the counts; each population ends with one more count line.
+    const auto population = [&](const std::vector<std::string>& ids, const char* name, std::size_t& count) {
+        for (const auto& page : expectedPages(ids, limit)) {
+            std::string added = std::string("contactsAdded ") + name;
             for (const auto& id : page) added += " " + id;
             lines.push_back(added);
-            org += page.size();
+            count += page.size();
             lines.push_back(counts(org, personal));
         }
-    }
+    };
+    population(personalIds, "personal", personal);
+    lines.push_back(counts(org, personal));
+    if (orgIds) population(*orgIds, "org", org);
     lines.push_back(counts(org, personal));
     lines.push_back("downloadComplete initial");
     return lines;

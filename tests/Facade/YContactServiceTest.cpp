@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <latch>
 #include <memory>
 #include <mutex>
@@ -58,38 +59,39 @@ struct BuilderLog {
     std::shared_ptr<YContactsNetworkContract> givenNetwork;
     std::shared_ptr<YContactsPreferenceContract> givenPreference;
     std::shared_ptr<YContactsFileServiceContract> givenFile;
+
+    // Calls so far, in the order database, file, network, preference, data manager.
+    std::vector<int> calls() const {
+        return {database.load(), file.load(), network.load(), preference.load(), dataManager.load()};
+    }
 };
+
+// Wraps `make` so that each call is counted and what it made is kept in `made`.
+template <class Contract, class Fake, class... Args>
+auto counted(BuilderLog& log, std::atomic<int>& calls, std::shared_ptr<Contract>& made,
+             std::function<void(Args...)> record) {
+    return [&log, &calls, &made, record](Args... args) -> std::shared_ptr<Contract> {
+        ++calls;
+        std::lock_guard lock(log.mutex);
+        record(args...);
+        made = std::make_shared<NiceMock<Fake>>();
+        return made;
+    };
+}
 
 YContactService::Builders countingBuilders(BuilderLog& log, std::shared_ptr<YContactsDataManagerContract> manager) {
     YContactService::Builders builders;
-    builders.database = [&log](const fs::path& url) -> std::shared_ptr<YContactsDatabaseContract> {
-        ++log.database;
-        std::lock_guard lock(log.mutex);
-        log.databaseURL = url;
-        log.madeDatabase = std::make_shared<NiceMock<FakeContactsDatabaseService>>();
-        return log.madeDatabase;
-    };
-    builders.file = [&log](const fs::path& url) -> std::shared_ptr<YContactsFileServiceContract> {
-        ++log.file;
-        std::lock_guard lock(log.mutex);
-        log.contactImageDirURL = url;
-        log.madeFile = std::make_shared<NiceMock<FakeContactsFileService>>();
-        return log.madeFile;
-    };
-    builders.network = [&log](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
-        -> std::shared_ptr<YContactsNetworkContract> {
-        ++log.network;
-        std::lock_guard lock(log.mutex);
-        log.authorization = authorization;
-        log.madeNetwork = std::make_shared<NiceMock<FakeContactsNetworkService>>();
-        return log.madeNetwork;
-    };
-    builders.preference = [&log]() -> std::shared_ptr<YContactsPreferenceContract> {
-        ++log.preference;
-        std::lock_guard lock(log.mutex);
-        log.madePreference = std::make_shared<NiceMock<FakeContactsPreferenceService>>();
-        return log.madePreference;
-    };
+    builders.database = counted<YContactsDatabaseContract, FakeContactsDatabaseService>(
+        log, log.database, log.madeDatabase, std::function([&log](const fs::path& url) { log.databaseURL = url; }));
+    builders.file = counted<YContactsFileServiceContract, FakeContactsFileService>(
+        log, log.file, log.madeFile, std::function([&log](const fs::path& url) { log.contactImageDirURL = url; }));
+    builders.network = counted<YContactsNetworkContract, FakeContactsNetworkService>(
+        log, log.network, log.madeNetwork,
+        std::function([&log](const std::shared_ptr<YContactsAuthenticationContract>& authorization) {
+            log.authorization = authorization;
+        }));
+    builders.preference = counted<YContactsPreferenceContract, FakeContactsPreferenceService>(
+        log, log.preference, log.madePreference, std::function([] {}));
     builders.dataManager = [&log, manager](auto database, auto network, auto preference, auto file) {
         ++log.dataManager;
         std::lock_guard lock(log.mutex);
@@ -126,11 +128,7 @@ TEST_F(YContactServiceTest, ServicesFirstNeededBeforeConfigStayAbsentAfterConfig
     service.removeAllData("u1");
     ASSERT_TRUE(drainUsecaseQueue());
 
-    EXPECT_EQ(log.database.load(), 0);
-    EXPECT_EQ(log.file.load(), 0);
-    EXPECT_EQ(log.network.load(), 0);
-    EXPECT_EQ(log.preference.load(), 1);
-    EXPECT_EQ(log.dataManager.load(), 1);
+    EXPECT_EQ(log.calls(), (std::vector<int>{0, 0, 0, 1, 1}));
     std::lock_guard lock(log.mutex);
     EXPECT_EQ(log.givenDatabase, nullptr);
     EXPECT_EQ(log.givenNetwork, nullptr);
@@ -173,9 +171,7 @@ TEST_F(YContactServiceTest, MissingLocationsLeaveOnlyTheirServicesAbsent) {
     service.config = YContactService::Config(authenticator, std::nullopt, std::nullopt);
     ASSERT_NE(service.syncHandler(), nullptr);
 
-    EXPECT_EQ(log.database.load(), 0);
-    EXPECT_EQ(log.file.load(), 0);
-    EXPECT_EQ(log.network.load(), 1);
+    EXPECT_EQ(log.calls(), (std::vector<int>{0, 0, 1, 1, 1}));
     std::lock_guard lock(log.mutex);
     EXPECT_EQ(log.givenDatabase, nullptr);
     EXPECT_EQ(log.givenFile, nullptr);
@@ -198,11 +194,7 @@ TEST_F(YContactServiceTest, ConcurrentFirstUseBuildsEveryComponentOnce) {
 
     for (const auto& handler : handlers) EXPECT_EQ(handler, handlers.front());
     EXPECT_NE(handlers.front(), nullptr);
-    EXPECT_EQ(log.database.load(), 1);
-    EXPECT_EQ(log.file.load(), 1);
-    EXPECT_EQ(log.network.load(), 1);
-    EXPECT_EQ(log.preference.load(), 1);
-    EXPECT_EQ(log.dataManager.load(), 1);
+    EXPECT_EQ(log.calls(), (std::vector<int>{1, 1, 1, 1, 1}));
 }
 
 TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) {

@@ -10,6 +10,8 @@
 #include <mutex>
 #include <thread>
 
+#include "Domain/ContactComparison.h"
+#include "EndToEnd/ServerExpectations.h"
 #include "Platform/YNetworkManager/NetworkTestServers.h"
 #include "Support/FakeAuthentication.h"
 #include "Support/LogCapture.h"
@@ -38,58 +40,21 @@ std::vector<std::string> idsOf(const std::optional<std::vector<YContact>>& conta
 }
 
 // The parsed contact against the server's own record of it: every field the wire carries must survive.
-void expectSameContact(const SampleContact& expected, const YContact& actual, bool isOrg) {
-    SCOPED_TRACE("contact " + expected.contactId);
-    EXPECT_EQ(actual.contactId, expected.contactId);
-    EXPECT_EQ(actual.firstName, expected.firstName);
-    EXPECT_EQ(actual.middleName, expected.middleName);
-    EXPECT_EQ(actual.lastName, expected.lastName);
-    EXPECT_EQ(actual.nickName, expected.nickName);
-    EXPECT_EQ(actual.displayName, expected.displayName);
-    EXPECT_EQ(actual.createdTime, expected.createdTimeMs);
-    EXPECT_EQ(actual.weightage, expected.usageCount);
-    EXPECT_EQ(toRawValue(actual.type), expected.contactType);
-    EXPECT_EQ(actual.contactYuid, expected.yuid);
-    EXPECT_EQ(actual.isOrg, isOrg);
-    EXPECT_EQ(actual.hasPhoto, expected.hasPhoto);
-    EXPECT_EQ(actual.photoURL.has_value(), expected.hasPhoto);
-    EXPECT_EQ(actual.isEditable, expected.isEditable);
-    EXPECT_EQ(actual.notes, expected.notes);
-    ASSERT_EQ(actual.emails.size(), expected.emails.size());
-    for (std::size_t i = 0; i < expected.emails.size(); ++i) {
-        EXPECT_EQ(actual.emails[i].emailId, expected.emails[i].address);
-        EXPECT_EQ(actual.emails[i].isPrimary, expected.emails[i].isPrimary);
-        if (expected.emails[i].isPrimary) {
-            EXPECT_EQ(actual.primaryEmail, actual.emails[i]);
-        }
-    }
-    ASSERT_EQ(actual.phones.size(), expected.phones.size());
-    for (std::size_t i = 0; i < expected.phones.size(); ++i) {
-        EXPECT_EQ(actual.phones[i].phoneNumber, expected.phones[i].value);
-        EXPECT_EQ(toRawValue(actual.phones[i].phoneType), expected.phones[i].type);
-    }
-    ASSERT_EQ(actual.urls.size(), expected.urls.size());
-    for (std::size_t i = 0; i < expected.urls.size(); ++i) EXPECT_EQ(actual.urls[i].url, expected.urls[i].value);
-    ASSERT_EQ(actual.IMs.size(), expected.ims.size());
-    for (std::size_t i = 0; i < expected.ims.size(); ++i) EXPECT_EQ(actual.IMs[i].imLink, expected.ims[i].value);
-    ASSERT_TRUE(actual.categories);
-    ASSERT_EQ(actual.categories->size(), expected.categories.size());
-    for (std::size_t i = 0; i < expected.categories.size(); ++i) {
-        EXPECT_EQ(actual.categories->at(i).categoryId, expected.categories[i]);
-    }
-    EXPECT_EQ(actual.address.has_value(), expected.address.has_value());
-    if (actual.address && expected.address) {
-        EXPECT_EQ(actual.address->city.value_or(""), expected.address->city);
-        EXPECT_EQ(actual.address->postalCode.value_or(""), expected.address->postalCode);
-    }
-    const bool hasWork = expected.company || expected.jobTitle || expected.designation || expected.workAddress;
-    ASSERT_EQ(actual.workInfo.has_value(), hasWork);
-    if (hasWork) {
-        EXPECT_EQ(actual.workInfo->company, expected.company);
-        EXPECT_EQ(actual.workInfo->jobTitle, expected.jobTitle);
-    }
-    EXPECT_EQ(actual.birthMonth, expected.birthday ? std::optional<int>(expected.birthday->month) : std::nullopt);
-    EXPECT_EQ(actual.birthYear, expected.birthday ? expected.birthday->year : std::nullopt);
+void expectSameContact(const sample_server::SampleContactsServer& server, const SampleContact& expected,
+                       const YContact& actual, bool isOrg) {
+    auto want = endtoend::expectedContact(server, expected, isOrg);
+    // The page always carries the category list, empty or not; only the store leaves an empty one out.
+    if (!want.categories) want.categories.emplace();
+    EXPECT_TRUE(testing::sameContactFields(want, actual)) << "contact " << expected.contactId;
+}
+
+// A response that carries `error` (or none) and an empty, final page without contacts.
+void expectNoPage(const std::optional<YContactNetworkResponse>& response, std::optional<YContactError> error) {
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->error, error);
+    EXPECT_FALSE(response->hasMore);
+    EXPECT_EQ(response->count, 0);
+    EXPECT_FALSE(response->newContacts);
 }
 
 // u1 belongs to organisation o1; u2 has no organisation.
@@ -103,31 +68,29 @@ protected:
         authentication->set("u2", "token-u2", YContactsHost::idc(server.baseURL()));
     }
 
-    std::optional<YContactNetworkResponse> page(const std::string& yuid, const std::optional<std::string>& yoid,
-                                                bool isOrg, int startIndex, int limit,
-                                                std::optional<double> updatedTime) {
-        std::promise<std::optional<YContactNetworkResponse>> promise;
+    // What a call delivered to its callback, or nothing when it never answered.
+    template <class Answer, class Call>
+    static std::optional<Answer> answerOf(Call call) {
+        std::promise<std::optional<Answer>> promise;
         auto future = promise.get_future();
-        service->getContacts(yuid, yoid, isOrg, startIndex, limit, updatedTime,
-                             [&promise](std::optional<YContactNetworkResponse> response) {
-                                 promise.set_value(std::move(response));
-                             });
+        call([&promise](std::optional<Answer> answer) { promise.set_value(std::move(answer)); });
         return becomesReady(future) ? future.get() : std::nullopt;
+    }
+    std::optional<YContactNetworkResponse> page(const std::string& yuid, int startIndex = 1, int limit = 100,
+                                                std::optional<double> updatedTime = std::nullopt,
+                                                const std::optional<std::string>& yoid = std::nullopt,
+                                                bool isOrg = false) {
+        return answerOf<YContactNetworkResponse>([&](auto callback) {
+            service->getContacts(yuid, yoid, isOrg, startIndex, limit, updatedTime, callback);
+        });
     }
     std::optional<std::vector<YContact>> search(const std::string& yuid, const std::string& text) {
-        std::promise<std::optional<std::vector<YContact>>> promise;
-        auto future = promise.get_future();
-        service->searchContacts(yuid, std::nullopt, false, 50, text,
-                                [&promise](std::optional<std::vector<YContact>> contacts) {
-                                    promise.set_value(std::move(contacts));
-                                });
-        return becomesReady(future) ? future.get() : std::nullopt;
+        return answerOf<std::vector<YContact>>(
+            [&](auto callback) { service->searchContacts(yuid, std::nullopt, false, 50, text, callback); });
     }
     std::optional<YContactUsageCountNetworkResponse> usageCounts(const std::string& yuid) {
-        std::promise<std::optional<YContactUsageCountNetworkResponse>> promise;
-        auto future = promise.get_future();
-        service->getContactUsageCount(yuid, [&promise](auto response) { promise.set_value(std::move(response)); });
-        return becomesReady(future) ? future.get() : std::nullopt;
+        return answerOf<YContactUsageCountNetworkResponse>(
+            [&](auto callback) { service->getContactUsageCount(yuid, callback); });
     }
 
     std::shared_ptr<FakeAuthentication> authentication = std::make_shared<FakeAuthentication>();
@@ -142,7 +105,7 @@ TEST_F(YContactsNetworkServiceTest, FullDownloadPagesCoverEveryContactOnceWithAl
     std::vector<YContact> downloaded;
     std::vector<bool> hasMore;
     for (int index = 1; index <= 3; ++index) {
-        auto response = page("u1", std::nullopt, false, index, 50, std::nullopt);
+        auto response = page("u1", index, 50);
         ASSERT_TRUE(response);
         EXPECT_FALSE(response->error);
         // A full download has nothing to split: everything is new.
@@ -155,7 +118,7 @@ TEST_F(YContactsNetworkServiceTest, FullDownloadPagesCoverEveryContactOnceWithAl
     }
     EXPECT_EQ(hasMore, (std::vector<bool>{true, true, false}));
     ASSERT_EQ(downloaded.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(expected[i], downloaded[i], false);
+    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(server, expected[i], downloaded[i], false);
 
     const auto log = server.requestLog();
     ASSERT_EQ(log.size(), 3u);
@@ -167,7 +130,7 @@ TEST_F(YContactsNetworkServiceTest, FullDownloadPagesCoverEveryContactOnceWithAl
     EXPECT_EQ(service->taskIds("u1"), std::vector<std::int64_t>{});
 
     // Past the end: an empty, final page.
-    auto beyond = page("u1", std::nullopt, false, 9, 50, std::nullopt);
+    auto beyond = page("u1", 9, 50);
     ASSERT_TRUE(beyond && beyond->newContacts);
     EXPECT_FALSE(beyond->error);
     EXPECT_TRUE(beyond->newContacts->empty());
@@ -177,13 +140,13 @@ TEST_F(YContactsNetworkServiceTest, FullDownloadPagesCoverEveryContactOnceWithAl
 TEST_F(YContactsNetworkServiceTest, OrganisationPagesThroughDirectAndProxyHostsAreMarkedOrg) {
     const auto expected = server.contacts("o1", true);
     ASSERT_EQ(expected.size(), 80u);
-    auto direct = page("u1", std::string("o1"), true, 1, 1000, std::nullopt);
+    auto direct = page("u1", 1, 1000, std::nullopt, "o1", true);
     ASSERT_TRUE(direct && direct->newContacts);
     ASSERT_EQ(direct->newContacts->size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(expected[i], direct->newContacts->at(i), true);
+    for (std::size_t i = 0; i < expected.size(); ++i) expectSameContact(server, expected[i], direct->newContacts->at(i), true);
 
     authentication->set("u1", "token-u1", YContactsHost::proxy(server.baseURL()));
-    auto proxied = page("u1", std::string("o1"), true, 1, 1000, std::nullopt);
+    auto proxied = page("u1", 1, 1000, std::nullopt, "o1", true);
     ASSERT_TRUE(proxied && proxied->newContacts);
     EXPECT_FALSE(proxied->error);
     EXPECT_EQ(idsOf(proxied->newContacts), idsOf(direct->newContacts));
@@ -193,11 +156,7 @@ TEST_F(YContactsNetworkServiceTest, OrganisationPagesThroughDirectAndProxyHostsA
     EXPECT_EQ(log[1].param("yid"), "o1");
 
     // A user without an organisation gets the not-found reply (HTTP 404): an empty, final page, no error.
-    auto none = page("u2", std::nullopt, true, 1, 1000, std::nullopt);
-    ASSERT_TRUE(none);
-    EXPECT_FALSE(none->error);
-    EXPECT_FALSE(none->hasMore);
-    EXPECT_EQ(none->count, 0);
+    expectNoPage(page("u2", 1, 1000, std::nullopt, std::nullopt, true), std::nullopt);
 }
 
 TEST_F(YContactsNetworkServiceTest, IncrementalPageSplitsNewUpdatedAndDeletedContacts) {
@@ -215,7 +174,7 @@ TEST_F(YContactsNetworkServiceTest, IncrementalPageSplitsNewUpdatedAndDeletedCon
     ASSERT_TRUE(server.updateContact("u1", false, edited));
     ASSERT_TRUE(server.deleteContact("u1", false, existing[7].contactId));
 
-    auto response = page("u1", std::nullopt, false, 1, 1000, static_cast<double>(since) + 0.75);
+    auto response = page("u1", 1, 1000, static_cast<double>(since) + 0.75);
     ASSERT_TRUE(response);
     EXPECT_FALSE(response->error);
     EXPECT_FALSE(response->hasMore);
@@ -269,21 +228,14 @@ TEST_F(YContactsNetworkServiceTest, RefusedAndUnreachableRequestsCarryTheirError
         "offline", "token-u1",
         YContactsHost::idc("http://127.0.0.1:" + std::to_string(testing::closedLoopbackPort())));
 
-    auto refused = page("intruder", std::nullopt, false, 1, 100, std::nullopt);
-    ASSERT_TRUE(refused);
-    EXPECT_EQ(refused->error, YContactError::authorizationError);
-    EXPECT_FALSE(refused->newContacts);
+    expectNoPage(page("intruder"), YContactError::authorizationError);
     EXPECT_EQ(server.requestLog().at(0).authorization, "token-nobody");
     auto refusedCounts = usageCounts("intruder");
     ASSERT_TRUE(refusedCounts);
     EXPECT_EQ(refusedCounts->error, YContactError::authorizationError);
     EXPECT_FALSE(refusedCounts->usageCountDetails);
 
-    auto unreachable = page("offline", std::nullopt, false, 1, 100, std::nullopt);
-    ASSERT_TRUE(unreachable);
-    EXPECT_EQ(unreachable->error, YContactError::networkFailure);
-    EXPECT_EQ(unreachable->count, 0);
-    EXPECT_FALSE(unreachable->newContacts);
+    expectNoPage(page("offline"), YContactError::networkFailure);
     EXPECT_EQ(service->taskIds("offline"), std::vector<std::int64_t>{});
     // The failure is logged with the transport's no-connection code.
     EXPECT_TRUE(log.contains(
@@ -309,12 +261,7 @@ TEST_F(YContactsNetworkServiceTest, ServerFaultsBecomeErrorsAndTheNotFoundEnvelo
         auto fault = entry.fault;
         fault.pathContains = "/contacts";
         server.injectFault(fault);
-        auto response = page("u1", std::nullopt, false, 1, 100, std::nullopt);
-        ASSERT_TRUE(response);
-        EXPECT_EQ(response->error, entry.error);
-        EXPECT_FALSE(response->hasMore);
-        EXPECT_EQ(response->count, 0);
-        EXPECT_FALSE(response->newContacts);
+        expectNoPage(page("u1"), entry.error);
         EXPECT_EQ(server.pendingFaults(), 0u);
     }
     server.injectFault(Fault{.pathContains = "/contacts/ids", .malformedBody = true});
@@ -322,7 +269,7 @@ TEST_F(YContactsNetworkServiceTest, ServerFaultsBecomeErrorsAndTheNotFoundEnvelo
     ASSERT_TRUE(counts);
     EXPECT_EQ(counts->error, YContactError::parserError);
     // The faults are used up: the same calls succeed again.
-    auto healthy = page("u1", std::nullopt, false, 1, 100, std::nullopt);
+    auto healthy = page("u1");
     ASSERT_TRUE(healthy && healthy->newContacts);
     EXPECT_EQ(healthy->newContacts->size(), 100u);
 }
@@ -342,15 +289,11 @@ TEST_F(YContactsNetworkServiceTest, CancellingInFlightDeliversAFailureInsteadOfT
 
     service->cancelTasks("u1");
     ASSERT_TRUE(becomesReady(future));
-    const auto response = future.get();
-    ASSERT_TRUE(response);
-    EXPECT_EQ(response->error, YContactError::networkFailure);
-    EXPECT_FALSE(response->newContacts);
-    EXPECT_EQ(response->count, 0);
+    expectNoPage(future.get(), YContactError::networkFailure);
     EXPECT_FALSE(service->taskIds("u1"));
 
     // Other users' requests are untouched and the service keeps working.
-    auto other = page("u2", std::nullopt, false, 1, 10, std::nullopt);
+    auto other = page("u2", 1, 10);
     ASSERT_TRUE(other && other->newContacts);
     EXPECT_EQ(other->newContacts->size(), 10u);
     server.stop();
@@ -364,17 +307,9 @@ TEST_F(YContactsNetworkServiceTest, EarlyFailuresCarryTheirErrorAndSearchStaysSi
         authentication->headers["noHost"] = "token-u1";
     }
 
-    auto noHeader = page("stranger", std::nullopt, false, 1, 100, std::nullopt);
-    ASSERT_TRUE(noHeader);
-    EXPECT_EQ(noHeader->error, YContactError::authorizationError);
-    EXPECT_EQ(noHeader->count, 0);
-    EXPECT_FALSE(noHeader->newContacts);
-    auto noHost = page("noHost", std::nullopt, false, 1, 100, std::nullopt);
-    ASSERT_TRUE(noHost);
-    EXPECT_EQ(noHost->error, YContactError::authorizationError);
-    auto noURL = page("other", std::nullopt, false, 1, 100, std::nullopt);
-    ASSERT_TRUE(noURL);
-    EXPECT_EQ(noURL->error, YContactError::urlError);
+    expectNoPage(page("stranger"), YContactError::authorizationError);
+    expectNoPage(page("noHost"), YContactError::authorizationError);
+    expectNoPage(page("other"), YContactError::urlError);
 
     // The fake answers synchronously and nothing is sent, so any callback would have run by now.
     int searchAnswers = 0;
@@ -398,8 +333,7 @@ TEST_F(YContactsNetworkServiceTest, WithTheClientGoneAPageRequestStillAnswers) {
     client.reset();
     std::optional<YContactNetworkResponse> answer;
     orphan->getContacts("u1", std::nullopt, false, 1, 10, std::nullopt, [&answer](auto response) { answer = response; });
-    ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->error, YContactError::networkFailure);
+    expectNoPage(answer, YContactError::networkFailure);
     EXPECT_TRUE(server.requestLog().empty());
 }
 

@@ -105,6 +105,22 @@ protected:
         return manager.sendRequestURL(YHTTPMethod::GET, url, authorization, headers, params, false,
                                       YRequestPriority::normal, std::nullopt, std::nullopt, {}, probe.completion());
     }
+    std::optional<std::int64_t> send(YHTTPMethod method, const std::string& path, Probe& probe,
+                                     const std::map<std::string, std::string>& params = {}, bool multipart = false,
+                                     YRequestPriority priority = YRequestPriority::normal) {
+        return manager->sendRequestURL(method, server.url(path), std::nullopt, {}, params, multipart, priority,
+                                       std::nullopt, std::nullopt, {}, probe.completion());
+    }
+
+    // The probe's first outcome is the transport error `code`, with neither an answer nor data.
+    static void expectError(Probe& probe, int code, const std::string& label = "") {
+        SCOPED_TRACE(label);
+        const auto outcome = probe.await();
+        ASSERT_TRUE(outcome && outcome->error);
+        EXPECT_EQ(outcome->error->code, code) << outcome->error->message;
+        EXPECT_FALSE(outcome->response);
+        EXPECT_FALSE(outcome->data);
+    }
 
     LocalHTTPServer server{echoRoutes};
     std::shared_ptr<YNetworkManager> manager = makeManager();
@@ -130,21 +146,17 @@ TEST_F(YNetworkManagerTest, GetPutsPercentEncodedParamsIntoTheQuery) {
 
 TEST_F(YNetworkManagerTest, OtherMethodsSendParamsAsFormOrMultipartBody) {
     Probe post;
-    manager->sendRequestURL(YHTTPMethod::POST, server.url("/echo"), std::nullopt, {},
-                            {{"name", "Ann Lee"}, {"note", "a&b=c"}}, false, YRequestPriority::high, std::nullopt,
-                            std::nullopt, {}, post.completion());
+    send(YHTTPMethod::POST, "/echo", post, {{"name", "Ann Lee"}, {"note", "a&b=c"}}, false, YRequestPriority::high);
     const auto posted = post.await();
     ASSERT_TRUE(posted);
     EXPECT_EQ(posted->body(), "name=Ann%20Lee&note=a%26b%3Dc");
 
     Probe multipart;
-    manager->sendRequestURL(YHTTPMethod::PUT, server.url("/echo"), std::nullopt, {}, {{"field", "value one"}}, true,
-                            YRequestPriority::low, std::nullopt, std::nullopt, {}, multipart.completion());
+    send(YHTTPMethod::PUT, "/echo", multipart, {{"field", "value one"}}, true, YRequestPriority::low);
     ASSERT_TRUE(multipart.await());
 
     Probe deletion;
-    manager->sendRequestURL(YHTTPMethod::DELETE, server.url("/echo"), std::nullopt, {}, {{"id", "7"}}, false,
-                            YRequestPriority::normal, std::nullopt, std::nullopt, {}, deletion.completion());
+    send(YHTTPMethod::DELETE, "/echo", deletion, {{"id", "7"}});
     ASSERT_TRUE(deletion.await());
 
     const auto seen = server.seen();
@@ -260,33 +272,23 @@ TEST_F(YNetworkManagerTest, SequentialRequestsReuseOneConnection) {
 TEST_F(YNetworkManagerTest, TransportFailuresMapToPlatformErrorCodes) {
     Probe refused;
     get(*manager, "http://127.0.0.1:" + std::to_string(testing::closedLoopbackPort()) + "/x", refused);
-    const auto refusedOutcome = refused.await();
-    ASSERT_TRUE(refusedOutcome && refusedOutcome->error);
-    EXPECT_EQ(refusedOutcome->error->code, YNetworkError::notConnectedToInternet);
-    EXPECT_FALSE(refusedOutcome->data);
-    EXPECT_FALSE(refusedOutcome->response);
+    expectError(refused, YNetworkError::notConnectedToInternet);
 
     SilentListener silent;
     auto impatient = makeManager({.connectTimeout = 2000ms, .transferTimeout = 300ms, .completionThreads = 1});
     Probe stalled;
     get(*impatient, "http://127.0.0.1:" + std::to_string(silent.port()) + "/x", stalled);
-    const auto stalledOutcome = stalled.await();
-    ASSERT_TRUE(stalledOutcome && stalledOutcome->error);
-    EXPECT_EQ(stalledOutcome->error->code, YNetworkError::timedOut);
+    expectError(stalled, YNetworkError::timedOut);
 
     Probe tooManyRedirects;
     get(*manager, server.url("/loop"), tooManyRedirects);
-    const auto loopOutcome = tooManyRedirects.await();
-    ASSERT_TRUE(loopOutcome && loopOutcome->error);
-    EXPECT_EQ(loopOutcome->error->code, YNetworkError::badServerResponse);
+    expectError(tooManyRedirects, YNetworkError::badServerResponse);
 
     for (const char* url : {"not a url", "ftp://127.0.0.1/file", "http://"}) {
         Probe bad;
         const auto taskId = get(*manager, url, bad);
         EXPECT_TRUE(taskId) << url;
-        const auto badOutcome = bad.await();
-        ASSERT_TRUE(badOutcome && badOutcome->error) << url;
-        EXPECT_EQ(badOutcome->error->code, YNetworkError::badURL) << url;
+        expectError(bad, YNetworkError::badURL, url);
     }
 }
 
@@ -309,10 +311,7 @@ TEST_F(YNetworkManagerTest, ServerFaultsMapToConnectionLostOrBadResponse) {
         ScriptedReplyServer scripted(fault.reply);
         Probe probe;
         get(*manager, "http://127.0.0.1:" + std::to_string(scripted.port()) + "/x", probe);
-        const auto outcome = probe.await();
-        ASSERT_TRUE(outcome && outcome->error) << fault.name;
-        EXPECT_EQ(outcome->error->code, fault.code) << fault.name << ": " << outcome->error->message;
-        EXPECT_FALSE(outcome->data) << fault.name;
+        expectError(probe, fault.code, fault.name);
     }
 }
 
@@ -323,10 +322,7 @@ TEST_F(YNetworkManagerTest, CancelInFlightCompletesOnceWithCancelled) {
     ASSERT_TRUE(server.waitForRequests(1, kWait));
 
     manager->cancel(*taskId);
-    const auto outcome = held.await();
-    ASSERT_TRUE(outcome && outcome->error);
-    EXPECT_EQ(outcome->error->code, YNetworkError::cancelled);
-    EXPECT_FALSE(outcome->response);
+    expectError(held, YNetworkError::cancelled);
 
     Probe finished;
     const auto finishedId = get(*manager, server.url("/echo"), finished);
@@ -387,21 +383,20 @@ TEST_F(YNetworkManagerTest, ManyConcurrentRequestsGetDistinctIdsAndCompleteOnce)
 }
 
 TEST_F(YNetworkManagerTest, RequestsBeyondSixPerHostWaitAndStartByPriority) {
-    const auto send = [&](const std::string& path, YRequestPriority priority, Probe& probe) {
-        return manager->sendRequestURL(YHTTPMethod::GET, server.url(path), std::nullopt, {}, {}, false, priority,
-                                       std::nullopt, std::nullopt, {}, probe.completion());
+    const auto sendGet = [&](const std::string& path, YRequestPriority priority, Probe& probe) {
+        return send(YHTTPMethod::GET, path, probe, {}, false, priority);
     };
     std::vector<Probe> held(6);
     std::vector<std::int64_t> heldIds;
     for (std::size_t i = 0; i < held.size(); ++i) {
-        heldIds.push_back(send("/hold/" + std::to_string(i), YRequestPriority::veryLow, held[i]).value_or(-1));
+        heldIds.push_back(sendGet("/hold/" + std::to_string(i), YRequestPriority::veryLow, held[i]).value_or(-1));
     }
     ASSERT_TRUE(server.waitForRequests(6, kWait));
 
     Probe low, top, normal;
-    send("/hold/low", YRequestPriority::low, low);
-    send("/hold/top", YRequestPriority::veryHigh, top);
-    send("/hold/normal", YRequestPriority::normal, normal);
+    sendGet("/hold/low", YRequestPriority::low, low);
+    sendGet("/hold/top", YRequestPriority::veryHigh, top);
+    sendGet("/hold/normal", YRequestPriority::normal, normal);
     // Each cancellation frees one slot for the best waiting request.
     manager->cancel(heldIds[0]);
     ASSERT_TRUE(server.waitForRequests(7, kWait));
@@ -461,9 +456,7 @@ TEST_F(YNetworkManagerTest, DestroyingTheManagerCancelsTransfersAndJoinsItsThrea
 
     for (auto& probe : probes) {
         EXPECT_EQ(probe.calls(), 1) << "completed before the destructor returned";
-        const auto outcome = probe.await();
-        ASSERT_TRUE(outcome && outcome->error);
-        EXPECT_EQ(outcome->error->code, YNetworkError::cancelled);
+        expectError(probe, YNetworkError::cancelled);
     }
     EXPECT_TRUE(threadCountFallsTo(threadsBefore))
         << processThreadCount() << " threads, " << threadsBefore << " before";
