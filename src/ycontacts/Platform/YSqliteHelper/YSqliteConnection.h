@@ -1,5 +1,5 @@
 #pragma once
-// YSqliteConnection: one open sqlite3 handle with its statement cache; YSqliteHelper keeps one per identifier.
+// YSqliteConnection: the sqlite3 handles of one registered database (a writer and, for a file, a mapped reader).
 
 #include <cstddef>
 #include <functional>
