@@ -162,13 +162,19 @@ bool YContactsDatabaseService::deleteContactRows(const std::string& yuid, const 
 void YContactsDatabaseService::deleteAllDetails(const std::string& yuid) {
     const std::string where = userCondition(yuid);
     auto& helper = YSqliteHelper::getShared();
-    // Category names stay: they belong to the user, not to the contacts.
-    for (const auto* table : {&YContactDetailTable::tableName, &YContactUrlTable::tableName,
-                              &YContactPhoneTable::tableName, &YContactIMTable::tableName,
-                              &YContactEmailTable::tableName, &YContactCategoryTable::tableName,
-                              &YContactSearchTable::tableName}) {
-        helper.deleteFrom(*table, where, alert, identifier);
-    }
+    // Category names stay: they belong to the user, not to the contacts. As with deleteContacts, the tables
+    // are emptied together or not at all, so no contact is left with only some of its rows.
+    helper.transaction(
+        [&] {
+            for (const auto* table : {&YContactDetailTable::tableName, &YContactUrlTable::tableName,
+                                      &YContactPhoneTable::tableName, &YContactIMTable::tableName,
+                                      &YContactEmailTable::tableName, &YContactCategoryTable::tableName,
+                                      &YContactSearchTable::tableName}) {
+                if (!helper.deleteFrom(*table, where, alert, identifier).ok()) return false;
+            }
+            return true;
+        },
+        alert, identifier);
 }
 
 void YContactsDatabaseService::updateContactId(const std::string& yuid, const std::string& oldContactId,
