@@ -211,7 +211,10 @@ int main() {
         const auto rows = pageRows(contacts, true);
         const auto plainRows = pageRows(contacts, false);
         auto start = Clock::now();
-        store.save(yuid, contacts);
+        if (!store.save(yuid, contacts)) {
+            std::fprintf(stderr, "the store did not keep page %d\n", page);
+            return 1;
+        }
         storePages.push_back(microseconds(Clock::now() - start));
         start = Clock::now();
         raw.save(rows);
@@ -235,7 +238,10 @@ int main() {
     const auto resaved = makePage(42, again);
     const auto resavedRows = pageRows(resaved, true);
     auto start = Clock::now();
-    store.save(yuid, resaved);
+    if (!store.save(yuid, resaved)) {
+        std::fprintf(stderr, "the store did not keep the re-saved page\n");
+        return 1;
+    }
     const double storeResave = microseconds(Clock::now() - start);
     start = Clock::now();
     raw.save(resavedRows);
@@ -337,7 +343,7 @@ int main() {
         std::error_code ignored;
         return static_cast<double>(std::filesystem::file_size(path, ignored)) / (1024.0 * 1024.0);
     };
-    YSqliteHelper::getShared().execute("PRAGMA wal_checkpoint(TRUNCATE)", true, "BenchStore");
+    static_cast<void>(YSqliteHelper::getShared().execute("PRAGMA wal_checkpoint(TRUNCATE)", true, "BenchStore"));
     sqlite3_exec(plain.database(), "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
     std::printf("database file: store %.0f MiB, without the typeahead rows %.0f MiB\n",
                 megabytes(directory / "store.sqlite"), megabytes(directory / "plain.sqlite"));

@@ -28,7 +28,6 @@
 #include "ycontacts/Contacts/YContactsNotification.h"
 #include "ycontacts/Platform/MarloComponents/Logger.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
-#include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
@@ -349,19 +348,12 @@ Phase runLibrary(const std::string& baseURL, const fs::path& folder) {
     const auto started = Clock::now();
     const double cpuAtStart = cpuSeconds();
     Phase phase;
-    YUserDefaults::setStandardStoragePath(folder / "preferences.sqlite");
     auto observer = std::make_shared<CompletionObserver>();
     auto finished = observer->finished();
     YNotificationCenter::shared().addObserver<YContactsNotification>(observer);
     {
-        auto builders = YContactService::Builders::defaults();
-        const auto makeStore = builders.database;
-        builders.database = [makeStore](const fs::path& url) {
-            auto store = makeStore(url);
-            YContactsDatabaseSchema::createTables(YContactService::databaseIdentifier);
-            return store;
-        };
-        YContactService service(std::move(builders));
+        YContactsDatabaseSchema::createTablesInFile(folder / "contacts.sqlite");
+        YContactService service(YContactService::Builders::defaults());
         service.config =
             YContactService::Config(std::make_shared<Authenticator>(baseURL), folder / "contacts.sqlite", std::nullopt);
         auto sync = service.syncHandler();
@@ -376,7 +368,6 @@ Phase runLibrary(const std::string& baseURL, const fs::path& folder) {
     }
     YNotificationCenter::shared().removeObserver<YContactsNotification>(observer.get());
     YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier);
-    YUserDefaults::setStandardStoragePath({});
     return phase;
 }
 

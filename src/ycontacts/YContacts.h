@@ -60,6 +60,9 @@
 #include "ycontacts/Contacts/Domain/Usecases/YGetUsageCountUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YUpdateContactsUseCase.h"
 
+// The schema helper that creates the store's tables before the first call.
+#include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
+
 // Data-manager and service contracts, and the server records they carry.
 #include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
 #include "ycontacts/Contacts/Data/Contracts/YContactsFileServiceContract.h"

@@ -6,10 +6,13 @@
 #include <functional>
 
 #include "Cli/CliTestSupport.h"
+#include "Support/StoreRefusal.h"
+#include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 
 namespace {
 
 using namespace cli_test;
+using ycontacts::testsupport::refuseContact;
 
 // One "ycontacts: ..." line that contains `text`, and nothing else on stderr.
 void expectOneLine(const CliResult& result, const std::string& text) {
@@ -51,6 +54,15 @@ TEST_F(CliErrorTest, FailedSyncsNameTheirCauseWithoutFakingSuccess) {
              return serverArgs(server) + std::vector<std::string>{"--timeout", "1"};
          },
          "stalled", "no word from the download of u1"},
+        {"store refuses a contact",
+         [&] {
+             const auto database = folder.path() / "contacts.sqlite";
+             EXPECT_TRUE(ycontacts::YContactsDatabaseSchema::createTablesInFile(database));
+             EXPECT_TRUE(refuseContact(database, server.contacts("u1", false).at(7).contactId));
+             return serverArgs(server);
+         },
+         "failed", "the contacts of u1 could not be stored in " + (folder.path() / "contacts.sqlite").string() +
+                       " (SQLite save failed on YContactDetail"},
         {"unreachable server",
          [&] {
              server.stop();

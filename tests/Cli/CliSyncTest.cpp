@@ -33,7 +33,6 @@ TEST_F(CliSyncTest, InitialSyncStoresBothPopulationsAndReportsCompletion) {
     EXPECT_GT(report["lastUpdatedTime"].get<double>(), 0.0);
     // The data directory's layout is what the tool documents.
     EXPECT_TRUE(std::filesystem::is_regular_file(folder.path() / "contacts.sqlite"));
-    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path() / "preferences.sqlite"));
     EXPECT_TRUE(std::filesystem::is_directory(folder.path() / "photos"));
     EXPECT_TRUE(result.err.empty()) << result.err;
 }

@@ -9,7 +9,6 @@
 #include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
-#include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
 namespace ycontacts::endtoend {
 
@@ -159,24 +158,21 @@ void ObservedNetwork::cancelTasks(const std::string& yuid) {
 SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL, HarnessSettings settings)
     : databasePath_(folder / "contacts.sqlite"),
       networkManager_(std::make_shared<YNetworkManager>(settings.network)) {
-    YUserDefaults::setStandardStoragePath(folder / "preferences.sqlite");
     YNotificationCenter::shared().addObserver<YContactsNotification>(observer_);
+    // The host's part: the library itself never creates tables.
+    YContactsDatabaseSchema::createTablesInFile(databasePath_);
 
     YContactService::Builders builders = YContactService::Builders::defaults();
-    builders.database = [](const fs::path& databaseURL) -> std::shared_ptr<YContactsDatabaseContract> {
-        auto store = std::make_shared<YContactsDatabaseService>(YContactService::databaseIdentifier, databaseURL);
-        // The host's part: the library itself never creates tables.
-        YContactsDatabaseSchema::createTables(YContactService::databaseIdentifier);
-        return store;
-    };
     builders.network = [this](const std::shared_ptr<YContactsAuthenticationContract>& authorization)
         -> std::shared_ptr<YContactsNetworkContract> {
         network_ = std::make_shared<ObservedNetwork>(authorization, std::make_shared<YContactsURLConstructor>(),
                                                      std::make_shared<YContactsParser>(), networkManager_);
         return network_;
     };
-    builders.preference = [this]() -> std::shared_ptr<YContactsPreferenceContract> {
-        preference_ = std::make_shared<ObservedPreference>();
+    // As the library's own builder does: the progress is kept in the database file.
+    builders.preference = [this](const std::optional<fs::path>& databaseURL)
+        -> std::shared_ptr<YContactsPreferenceContract> {
+        preference_ = std::make_shared<ObservedPreference>(std::make_shared<YUserDefaults>(databaseURL));
         return preference_;
     };
     builders.dataManager = [batchLimit = settings.batchLimit](auto database, auto network, auto preference,
@@ -198,7 +194,6 @@ SyncHarness::~SyncHarness() {
     service_.reset();
     networkManager_.reset();
     YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier);
-    YUserDefaults::setStandardStoragePath({});
 }
 
 std::optional<std::vector<YContact>> SyncHarness::storedContacts(const std::string& yuid, bool isOrg) {

@@ -110,6 +110,8 @@ public:
 // removing a user's data.
 class ObservedPreference : public YContactsPreferenceService {
 public:
+    using YContactsPreferenceService::YContactsPreferenceService;
+
     void removeAllPreferences(const std::string& yuid) override {
         YContactsPreferenceService::removeAllPreferences(yuid);
         log.append({yuid, "removed"});
@@ -125,9 +127,8 @@ struct HarnessSettings {
 };
 
 // A YContactService built with a Config: the store is `folder`/contacts.sqlite (tables created by the schema
-// helper), the preferences live in `folder`/preferences.sqlite, the network service talks to `baseURL` over
-// its own HTTP client. Only one harness may live at a time in a process (the store's identifier and the
-// standard preferences are process-wide).
+// helper), the preferences live in that file too, the network service talks to `baseURL` over its own HTTP
+// client. Only one harness may live at a time in a process (the store's identifier is process-wide).
 class SyncHarness {
 public:
     SyncHarness(const std::filesystem::path& folder, const std::string& baseURL, HarnessSettings settings = {});

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "EndToEnd/EndToEndFixture.h"
+#include "Support/StoreRefusal.h"
 
 namespace ycontacts::endtoend {
 namespace {
@@ -13,6 +14,8 @@ struct FaultCase {
     bool isOrg;
     int page;
     sample_server::Fault fault;
+    // Instead of the server's fault: the store refuses a contact of the page, as a full disk would.
+    bool storeRefuses = false;
 };
 
 void PrintTo(const FaultCase& faultCase, std::ostream* stream) { *stream << faultCase.name; }
@@ -40,6 +43,7 @@ const FaultCase faultCases[] = {
          f.times = 3;
      })},
     {"TimeOutOnPersonalPage2", false, 2, fault([](auto& f) { f.delay = std::chrono::milliseconds(15000); })},
+    {"StoreRefusesAContactOfPersonalPage2", false, 2, {}, true},
 };
 
 class SyncFaultTest : public EndToEndTest, public ::testing::WithParamInterface<FaultCase> {
@@ -49,19 +53,26 @@ protected:
 
 TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndALaterStartResumesThere) {
     const auto& faultCase = GetParam();
+    const auto personal = serverContacts(server, "u1", false);
+    const auto org = serverContacts(server, "u1", true);
     auto injected = faultCase.fault;
     injected.pathContains = faultCase.isOrg ? "/org/contacts" : "/self/contacts";
     injected.page = faultCase.page;
-    server.injectFault(injected);
+    const auto& refused = (faultCase.isOrg ? org : personal).at(static_cast<std::size_t>(faultCase.page - 1) * 50 + 7);
+    if (faultCase.storeRefuses) {
+        ASSERT_TRUE(testsupport::refuseContact(harness->databasePath(), refused.contactId));
+    } else {
+        server.injectFault(injected);
+    }
 
     EXPECT_FALSE(startAndWait("u1", "o1"));
-    EXPECT_EQ(count("u1", "downloadFailed"), 1u);
+    EXPECT_EQ(count("u1", faultCase.storeRefuses ? "downloadFailed storageError" : "downloadFailed"), 1u);
     EXPECT_EQ(count("u1", "downloadComplete"), 0u);
     EXPECT_FALSE(harness->sync()->isSyncInProgress("u1"));
 
-    // Everything before the failed page stays stored.
-    const auto personal = serverContacts(server, "u1", false);
-    const auto org = serverContacts(server, "u1", true);
+    // Everything before the failed page stays stored, and nothing of that page is announced.
+    const auto personalPages = faultCase.isOrg ? expectedPages(idsOf(personal), 50).size() : 0;
+    EXPECT_EQ(count("u1", "contactsAdded"), personalPages + static_cast<std::size_t>(faultCase.page - 1));
     const auto before = [](const std::vector<sample_server::SampleContact>& contacts, int page) {
         const auto end = std::min(contacts.size(), static_cast<std::size_t>((page - 1) * 50));
         return std::vector<sample_server::SampleContact>(contacts.begin(), contacts.begin() + static_cast<long>(end));
@@ -71,6 +82,7 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndALaterStart
                            faultCase.isOrg ? before(org, faultCase.page) : std::vector<sample_server::SampleContact>{}));
 
     server.clearFaults();
+    ASSERT_TRUE(testsupport::acceptEveryContact(harness->databasePath()));
     const auto lineCount = harness->network().log.texts("u1").size();
     ASSERT_TRUE(startAndWait("u1", "o1"));
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
@@ -105,6 +117,28 @@ TEST_F(EndToEndTest, AFailedIncrementalSyncKeepsTheLastSyncTimeSoTheNextSyncStil
     EXPECT_EQ(harness->sync()->lastUpdatedTime("u1"), synced);
     EXPECT_FALSE(harness->sync()->isSyncInProgress("u1"));
 
+    harness->sync()->syncContacts("u1", "o1");
+    ASSERT_TRUE(waitForFinish("u1", 3));
+    EXPECT_EQ(count("u1", "downloadComplete sync"), 1u);
+    EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
+}
+
+// The store refuses a contact of an incremental page: the last sync time stays, so the next sync asks again.
+TEST_F(EndToEndTest, AnIncrementalPageTheStoreRefusesKeepsTheLastSyncTimeSoTheNextSyncBringsItAgain) {
+    ASSERT_TRUE(startAndWait("u1", "o1"));
+    const auto synced = harness->sync()->lastUpdatedTime("u1");
+    auto renamed = serverContacts(server, "u1", false)[60];
+    renamed.firstName = "Renamed";
+    ASSERT_TRUE(server.updateContact("u1", false, renamed));
+    ASSERT_TRUE(testsupport::refuseContact(harness->databasePath(), renamed.contactId));
+
+    harness->sync()->syncContacts("u1", "o1");
+    ASSERT_TRUE(waitForFinish("u1", 2));
+    EXPECT_EQ(count("u1", "downloadFailed storageError"), 1u);
+    EXPECT_EQ(count("u1", "contactsUpdated"), 0u);
+    EXPECT_EQ(harness->sync()->lastUpdatedTime("u1"), synced);
+
+    ASSERT_TRUE(testsupport::acceptEveryContact(harness->databasePath()));
     harness->sync()->syncContacts("u1", "o1");
     ASSERT_TRUE(waitForFinish("u1", 3));
     EXPECT_EQ(count("u1", "downloadComplete sync"), 1u);

@@ -64,11 +64,11 @@ protected:
         ann.lastName = "Lee";
         YContact bob = seeded("bob", "Bob", 9, true, "bob@corp.example");
         bob.contactYuid = "bob-yuid";
-        store->save("u1", {ann, bob, seeded("andy", "Andy", 1, false, "andy@home.example"),
-                           seeded("carl", "Carl", 0, true, "an.carl@corp.example"),
-                           seeded("p-sam", "Sam", 2, false, "sam@shared.example"),
-                           seeded("o-sam", "Sam", 2, true, "sam@shared.example")});
-        store->save("u2", {seeded("anna", "Anna", 50, false, "anna@home.example")});
+        ASSERT_TRUE(store->save("u1", {ann, bob, seeded("andy", "Andy", 1, false, "andy@home.example"),
+                                       seeded("carl", "Carl", 0, true, "an.carl@corp.example"),
+                                       seeded("p-sam", "Sam", 2, false, "sam@shared.example"),
+                                       seeded("o-sam", "Sam", 2, true, "sam@shared.example")}));
+        ASSERT_TRUE(store->save("u2", {seeded("anna", "Anna", 50, false, "anna@home.example")}));
     }
 
     void TearDown() override {

@@ -49,6 +49,7 @@ struct BuilderLog {
     std::mutex mutex;
     std::optional<fs::path> databaseURL;
     std::optional<fs::path> contactImageDirURL;
+    std::optional<fs::path> preferenceURL;
     std::shared_ptr<YContactsAuthenticationContract> authorization;
     std::shared_ptr<YContactsDatabaseContract> madeDatabase;
     std::shared_ptr<YContactsFileServiceContract> madeFile;
@@ -91,7 +92,8 @@ YContactService::Builders countingBuilders(BuilderLog& log, std::shared_ptr<YCon
             log.authorization = authorization;
         }));
     builders.preference = counted<YContactsPreferenceContract, FakeContactsPreferenceService>(
-        log, log.preference, log.madePreference, std::function([] {}));
+        log, log.preference, log.madePreference,
+        std::function([&log](const std::optional<fs::path>& url) { log.preferenceURL = url; }));
     builders.dataManager = [&log, manager](auto database, auto network, auto preference, auto file) {
         ++log.dataManager;
         std::lock_guard lock(log.mutex);
@@ -145,6 +147,7 @@ TEST_F(YContactServiceTest, ConfiguredServicesGetTheirInputsUnchangedAndTheDatab
         std::lock_guard lock(log.mutex);
         EXPECT_EQ(log.databaseURL, folder.file("store.sqlite"));
         EXPECT_EQ(log.contactImageDirURL, folder.file("photos"));
+        EXPECT_EQ(log.preferenceURL, folder.file("store.sqlite"));
         EXPECT_EQ(log.authorization, authenticator);
         EXPECT_EQ(log.givenDatabase, log.madeDatabase);
         EXPECT_EQ(log.givenNetwork, log.madeNetwork);
@@ -200,7 +203,7 @@ TEST_F(YContactServiceTest, ConcurrentFirstUseBuildsEveryComponentOnce) {
 TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) {
     std::atomic<int> attempts{0};
     YContactService::Builders builders;
-    builders.preference = [&attempts]() -> std::shared_ptr<YContactsPreferenceContract> {
+    builders.preference = [&attempts](const auto&) -> std::shared_ptr<YContactsPreferenceContract> {
         ++attempts;
         throw std::runtime_error("no preferences today");
     };
@@ -219,28 +222,6 @@ TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) 
 }
 
 // What the host gets back is pinned against a real store in YContactServiceStoreTest.
-TEST_F(YContactServiceTest, GetContactsSetsTheRequestFieldsAndLeavesFromAbsent) {
-    EXPECT_CALL(*dataManager, getContacts("u1", Optional(std::string("o1")), Optional(std::string("ann")),
-                                          Eq(std::nullopt), Optional(25), Optional(false), RequestType::local, _));
-    service.getContacts("u1", "o1", "ann", 25, false, RequestType::local, nullptr);
-    ASSERT_TRUE(drainUsecaseQueue());
-}
-
-TEST_F(YContactServiceTest, GetContactsFromIdsForwardsAllFiveFields) {
-    EXPECT_CALL(*dataManager, getContactsFromIds("u1", Eq(std::nullopt), Optional(std::vector<std::string>{"a@x"}),
-                                                 Optional(std::vector<std::string>{"y1"}), Optional(true),
-                                                 RequestType::both, _))
-        .WillOnce(InvokeArgument<6>(std::nullopt));
-    Received<std::optional<std::vector<YContact>>> answers;
-
-    service.getContactsFromIds("u1", std::nullopt, std::vector<std::string>{"a@x"}, std::vector<std::string>{"y1"},
-                               true, RequestType::both,
-                               [&](std::optional<std::vector<YContact>> contacts) { answers.add(std::move(contacts)); });
-
-    ASSERT_TRUE(answers.waitFor(1));
-    EXPECT_FALSE(answers.values()[0].has_value());
-}
-
 TEST_F(YContactServiceTest, SuggestionsFromTheNetworkAreSuggestionsAskedOfTheServer) {
     EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "ann", 20, Eq(std::nullopt),
                                                     RequestType::preferLocal, _));
@@ -248,13 +229,6 @@ TEST_F(YContactServiceTest, SuggestionsFromTheNetworkAreSuggestionsAskedOfTheSer
                                                     RequestType::server, _));
     service.getSuggestionContacts("u1", "ann", "o1", 20, std::nullopt, RequestType::preferLocal, nullptr);
     service.getSuggestionContactsFromNetwork("u1", "o1", "bob", 5, true, nullptr);
-    ASSERT_TRUE(drainUsecaseQueue());
-}
-
-TEST_F(YContactServiceTest, GetContactNeverPrefersPersonalInfo) {
-    EXPECT_CALL(*dataManager, getContact("u1", Optional(std::string("c1")), Optional(std::string("y1")),
-                                         Optional(std::string("e@x")), false, _));
-    service.getContact("u1", "e@x", "c1", "y1", nullptr);
     ASSERT_TRUE(drainUsecaseQueue());
 }
 

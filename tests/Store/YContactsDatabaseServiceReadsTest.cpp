@@ -22,8 +22,8 @@ protected:
         carl.type = YContactType::group;
         YContact dora = contact("dora", "Dora", 0);
         dora.lastName = "Annan";
-        store->save("u1", {ann, bob, amy, carl, dora});
-        store->save("u2", {contact("ann", "Ann of u2", 99)});
+        ASSERT_TRUE(store->save("u1", {ann, bob, amy, carl, dora}));
+        ASSERT_TRUE(store->save("u2", {contact("ann", "Ann of u2", 99)}));
     }
 };
 
@@ -62,7 +62,7 @@ TEST_F(StoreReadsTest, LookupsByAddressUserIdAndIdPickTheRightContact) {
     YContact personal = withEmail(contact("p-ann", "Ann at home", 0), "shared@example.com");
     YContact org = withEmail(contact("o-ann", "Ann at work", 0, true), "shared@example.com");
     org.contactYuid = "ann-yuid";
-    store->save("u1", {personal, org});
+    ASSERT_TRUE(store->save("u1", {personal, org}));
 
     EXPECT_EQ(store->getContactByEmailId("u1", "SHARED@example.com", true)->contactId, "p-ann");
     EXPECT_EQ(store->getContactByEmailId("u1", "shared@example.com", false)->contactId, "o-ann");
@@ -89,7 +89,7 @@ TEST_F(StoreReadsTest, SuggestionsGiveOneEntryPerAddressPersonalBeforeOrgAtEqual
     YContact org = withEmail(contact("o-sam", "Sam", 3, true), "sam@example.com");
     org = withEmail(org, "samuel@corp.example");
     org.contactYuid = "sam-yuid";
-    store->save("u1", {org, personal});
+    ASSERT_TRUE(store->save("u1", {org, personal}));
 
     const auto suggestions = store->getSuggestionContacts("u1", std::nullopt, "SA", 10);
     ASSERT_TRUE(suggestions.has_value());
@@ -111,11 +111,11 @@ TEST_F(StoreReadsTest, SuggestionsGiveOneEntryPerAddressPersonalBeforeOrgAtEqual
 TEST_F(StoreReadsTest, CategoryMembersAndCategoryNamesAreReadPerUser) {
     YContact member = contact("m-1", "Member", 2);
     member.categories = std::vector<YContact::Category>{YContact::Category("friends")};
-    store->save("u1", {member});
-    store->addCategories("u1", {YContactCategory("friends"), YContactCategory("Acme")});
+    ASSERT_TRUE(store->save("u1", {member}));
+    ASSERT_TRUE(store->addCategories("u1", {YContactCategory("friends"), YContactCategory("Acme")}));
     auto renamed = YContactCategory("friends");
     renamed.categoryName = "Best friends";
-    store->addCategories("u1", {renamed});
+    ASSERT_TRUE(store->addCategories("u1", {renamed}));
 
     EXPECT_EQ(idsOf(store->getContacts("u1", std::string("friends"))), (Ids{"m-1"}));
     EXPECT_TRUE(store->getContacts("u2", std::string("friends"))->empty());
@@ -124,11 +124,11 @@ TEST_F(StoreReadsTest, CategoryMembersAndCategoryNamesAreReadPerUser) {
     EXPECT_EQ(categories->at(1).categoryName, "Best friends");
 }
 
-TEST(StoreWithoutTablesTest, FailingReadsAreAbsentAndLoggedAndWritesAreDropped) {
+TEST(StoreWithoutTablesTest, FailingReadsAreAbsentFailingWritesAreFalseAndBothAreLogged) {
     YContactsDatabaseService store("StoreWithoutTables-unregistered-path",
                                    std::filesystem::path("/nonexistent-dir/for/sure/contacts.sqlite"));
     testsupport::LogCapture log;
-    store.save("u1", {contact("a", "A")});
+    EXPECT_FALSE(store.save("u1", {contact("a", "A")}));
     EXPECT_FALSE(store.getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt).has_value());
     EXPECT_FALSE(store.getContactByContactId("u1", "a").has_value());
     EXPECT_FALSE(store.getContactCount("u1").has_value());
@@ -151,7 +151,7 @@ TEST_F(StoreTest, ChildRowsReachTheirOwnContactInSmallPagesAndWholeListings) {
         made.phones = {{"tel-" + std::to_string(index), YContact::PhoneType::home}};
         many.push_back(made);
     }
-    store->save("u1", many);
+    ASSERT_TRUE(store->save("u1", many));
     const auto checkPhones = [](const std::optional<std::vector<YContact>>& contacts, std::size_t expected) {
         ASSERT_TRUE(contacts.has_value());
         ASSERT_EQ(contacts->size(), expected);

@@ -11,7 +11,7 @@ class StoreSaveAtomicityTest : public StoreTest {};
 // A save whose last table cannot be written leaves the store as it was: no contact without its
 // typeahead rows, and the earlier version of a re-saved contact kept whole.
 TEST_F(StoreSaveAtomicityTest, AFailedSaveLeavesTheStoreAsItWas) {
-    store->save("u1", {withEmail(contact("kept", "Ada"), "ada@example.com")});
+    ASSERT_TRUE(store->save("u1", {withEmail(contact("kept", "Ada"), "ada@example.com")}));
     ASSERT_EQ(countRows("YContactSearchTable", "contactId = 'kept'"), 2);
 
     testsupport::LogCapture log{Logger::Level::error};
@@ -20,8 +20,8 @@ TEST_F(StoreSaveAtomicityTest, AFailedSaveLeavesTheStoreAsItWas) {
                              "SELECT RAISE(ABORT, 'search rows refused'); END",
                              true, identifier())
                     .ok());
-    store->save("u1", {withEmail(contact("kept", "Bea"), "bea@example.com"),
-                       withEmail(contact("new", "Cy"), "cy@example.com")});
+    EXPECT_FALSE(store->save("u1", {withEmail(contact("kept", "Bea"), "bea@example.com"),
+                                    withEmail(contact("new", "Cy"), "cy@example.com")}));
 
     EXPECT_TRUE(log.contains("search rows refused"));
     EXPECT_EQ(countRows("YContactDetail"), 1);

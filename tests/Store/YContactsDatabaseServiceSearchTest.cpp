@@ -108,11 +108,11 @@ protected:
         contacts = mixedContacts();
         // Saved in pages, as a download does.
         for (std::size_t start = 0; start < contacts.size(); start += 100) {
-            store->save("u1", std::vector<YContact>(contacts.begin() + static_cast<std::ptrdiff_t>(start),
-                                                    contacts.begin() + static_cast<std::ptrdiff_t>(
-                                                                           std::min(start + 100, contacts.size()))));
+            const auto end = std::min(start + 100, contacts.size());
+            ASSERT_TRUE(store->save("u1", std::vector<YContact>(contacts.begin() + static_cast<std::ptrdiff_t>(start),
+                                                                contacts.begin() + static_cast<std::ptrdiff_t>(end))));
         }
-        store->save("u2", {contact("other", "Ann", 99)});
+        ASSERT_TRUE(store->save("u2", {contact("other", "Ann", 99)}));
     }
 
     Ids expected(const std::string& text, std::optional<bool> isOrg, std::optional<int> from,
@@ -154,7 +154,7 @@ TEST_F(StoreSearchTest, UsageCountsReorderSearchesAndDeletedContactsLeaveThem) {
         contacts[index].weightage = static_cast<int>(index % 11);
         usage[contacts[index].contactId] = std::to_string(index % 11);
     }
-    store->updateContactsUsageCount("u1", usage);
+    ASSERT_TRUE(store->updateContactsUsageCount("u1", usage));
     for (const char* text : {"a", "ann", "nick"}) {
         EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string(text), 2, 20)),
                   expected(text, std::nullopt, 2, 20))
@@ -162,12 +162,12 @@ TEST_F(StoreSearchTest, UsageCountsReorderSearchesAndDeletedContactsLeaveThem) {
     }
 
     const Ids removed{contacts[0].contactId, contacts[1].contactId, contacts[2].contactId};
-    store->deleteContacts("u1", removed);
+    ASSERT_TRUE(store->deleteContacts("u1", removed));
     contacts.erase(contacts.begin(), contacts.begin() + 3);
     EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string("a"), std::nullopt, std::nullopt)),
               expected("a", std::nullopt, std::nullopt, std::nullopt));
 
-    store->deleteAllDetails("u1");
+    ASSERT_TRUE(store->deleteAllDetails("u1"));
     EXPECT_EQ(countRows("YContactSearchTable", "yuid = 'u1'"), 0);
     EXPECT_EQ(countRows("YContactSearchTable", "yuid = 'u2'"), 1);
 }
@@ -240,7 +240,7 @@ TEST_F(StoreTest, DisplayNameIsStoredListedBySearchedAndAbsentStaysAbsent) {
     named.lastName = "Young";
     named.displayName = "Aaron the Builder";
     YContact plain = contact("plain", "Bert", 1);
-    store->save("u1", {named, plain});
+    ASSERT_TRUE(store->save("u1", {named, plain}));
 
     EXPECT_EQ(store->getContactByContactId("u1", "named")->displayName, "Aaron the Builder");
     EXPECT_FALSE(store->getContactByContactId("u1", "plain")->displayName.has_value());
@@ -257,14 +257,14 @@ TEST_F(StoreTest, DisplayNameIsStoredListedBySearchedAndAbsentStaysAbsent) {
 
     // A later save without it clears it, and the search by it.
     named.displayName.reset();
-    store->save("u1", {named});
+    ASSERT_TRUE(store->save("u1", {named}));
     EXPECT_FALSE(store->getContactByContactId("u1", "named")->displayName.has_value());
     EXPECT_TRUE(store->getContacts("u1", std::nullopt, std::string("aaron"), std::nullopt, std::nullopt)->empty());
 }
 
 TEST_F(StoreTest, ListFormCarriesWhatAListShowsAndLeavesTheRestOut) {
     const YContact rich = testing::fullyPopulatedContact();
-    store->save("u1", {rich});
+    ASSERT_TRUE(store->save("u1", {rich}));
     YContact expectedLight = rich;
     expectedLight.workInfo->address.reset();
     expectedLight.address.reset();
@@ -290,7 +290,7 @@ TEST_F(StoreTest, ListFormCarriesWhatAListShowsAndLeavesTheRestOut) {
 TEST_F(StoreTest, AContactSavedTwiceInOnePageIsSearchedAsItsLastVersion) {
     YContact first = withEmail(contact("dup", "Early", 0), "early@example.com");
     YContact second = withEmail(contact("dup", "Later", 0, true), "later@example.com");
-    store->save("u1", {first, second});
+    ASSERT_TRUE(store->save("u1", {first, second}));
 
     EXPECT_TRUE(store->getContacts("u1", std::nullopt, std::string("early"), std::nullopt, std::nullopt)->empty());
     EXPECT_EQ(idsOf(store->getContacts("u1", true, std::string("later"), std::nullopt, std::nullopt)), (Ids{"dup"}));

@@ -1,5 +1,5 @@
 #pragma once
-// DataDirectory: the folder in which the tool keeps one set of contacts: database, photos and preferences.
+// DataDirectory: the folder in which the tool keeps one set of contacts: the database (with the sync progress) and photos.
 
 #include <filesystem>
 #include <optional>
@@ -12,7 +12,6 @@ struct DataDirectory {
 
     std::filesystem::path database() const { return root / "contacts.sqlite"; }
     std::filesystem::path photos() const { return root / "photos"; }
-    std::filesystem::path preferences() const { return root / "preferences.sqlite"; }
 
     // For commands that download: creates the folder and its photo folder when missing. Gives the problem
     // when that is not possible.

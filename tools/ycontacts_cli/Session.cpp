@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 #include "ycontacts_cli/CliAuthenticator.h"
 
 namespace ycontacts_cli {
@@ -14,13 +13,13 @@ void configureLogging(bool verbose) {
 
 std::optional<std::string> Session::open(const SessionSettings& settings) {
     configureLogging(settings.verbose);
-    ycontacts::YUserDefaults::setStandardStoragePath(settings.data.preferences());
+    // A host's start-up: the tables, the config, then the first call.
+    if (!ycontacts::YContactsDatabaseSchema::createTablesInFile(settings.data.database()))
+        return "cannot set up the contacts database " + settings.data.database().string();
     auto authenticator = std::make_shared<CliAuthenticator>(settings.server, settings.viaProxy, settings.tokens);
     service().config = ycontacts::YContactService::Config(authenticator, settings.data.database(),
                                                           settings.data.photos());
     syncHandler();
-    if (!ycontacts::YContactsDatabaseSchema::createTables(ycontacts::YContactService::databaseIdentifier))
-        return "cannot set up the contacts database " + settings.data.database().string();
     return std::nullopt;
 }
 

@@ -27,9 +27,9 @@ struct SessionSettings {
 // session before its first call.
 class Session {
 public:
-    // Points the preferences at the data directory, hands the facade its configuration, builds the sync
-    // handler (which registers the database) and creates the tables that are missing. Gives the problem when
-    // the database cannot be set up.
+    // Creates the tables that are missing, hands the facade its configuration and builds the sync handler
+    // (which registers the database and keeps the sync progress in it). Gives the problem when the database
+    // cannot be set up.
     static std::optional<std::string> open(const SessionSettings& settings);
 
     static ycontacts::YContactService& service() { return ycontacts::YContactService::sharedInstance(); }

@@ -1,6 +1,8 @@
 // `ycontacts sync`: downloads one user's contacts into a data directory and waits for the outcome.
 
 #include <cstdio>
+#include <mutex>
+#include <string>
 
 #include "ycontacts_cli/CommandSupport.h"
 #include "ycontacts_cli/Commands.h"
@@ -25,13 +27,43 @@ std::string pagesText(const SyncProgress& progress) {
            format::duration(progress.elapsedSeconds);
 }
 
+// The first error line the library logs while it is alive: the store's own words for a failed write.
+class FirstLibraryError {
+public:
+    FirstLibraryError() {
+        ycontacts::Logger::shared().setSink([this](const ycontacts::Logger::Record& record) {
+            if (record.level < ycontacts::Logger::Level::error) return;
+            std::lock_guard lock(mutex_);
+            if (text_.empty()) text_ = record.message;
+        });
+    }
+    ~FirstLibraryError() { ycontacts::Logger::shared().setSink({}); }
+    FirstLibraryError(const FirstLibraryError&) = delete;
+    FirstLibraryError& operator=(const FirstLibraryError&) = delete;
+
+    std::string text() const {
+        std::lock_guard lock(mutex_);
+        return text_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::string text_;
+};
+
 // Why the download failed, in words a person can act on.
-std::string failureText(const SyncRun& run, const ServerAddress& server, const SyncOptions& options) {
+std::string failureText(const SyncRun& run, const ServerAddress& server, const SyncOptions& options,
+                        const DataDirectory& data, const FirstLibraryError& libraryError) {
     const auto& user = options.local.user;
     if (run.outcome == SyncWatcher::Outcome::stalled) {
         return "no word from the download of " + user + " for " +
                format::duration(options.server.timeoutSeconds) +
                "; the next sync resumes at the last stored page";
+    }
+    if (run.progress.error == ycontacts::YContactError::storageError) {
+        const auto cause = libraryError.text();
+        return "sync failed: the contacts of " + user + " could not be stored in " + data.database().string() +
+               (cause.empty() ? "" : " (" + cause + ")") + "; the next sync asks for the page that was not stored";
     }
     const std::string error(ycontacts::toRawValue(run.progress.error.value_or(ycontacts::YContactError::unknownError)));
     const auto check = ServerCheck::run(server, options.server.proxy, user, options.server.org, options.server.token,
@@ -60,6 +92,7 @@ int runSync(const SyncOptions& options) {
         line = std::make_shared<ProgressLine>(stderr, std::nullopt);
     }
     const auto idle = std::chrono::milliseconds(static_cast<long long>(options.server.timeoutSeconds * 1000));
+    const FirstLibraryError libraryError;
     const SyncRun run = SyncRun::perform(options.reset ? SyncRun::Kind::reset : SyncRun::Kind::start, user,
                                          options.server.org, line, idle);
     const auto counts = Session::syncHandler().getContactCount(user);
@@ -69,7 +102,7 @@ int runSync(const SyncOptions& options) {
     if (run.outcome == SyncWatcher::Outcome::interrupted)
         failure = "interrupted; the next sync resumes at the last stored page";
     else if (run.outcome != SyncWatcher::Outcome::completed)
-        failure = failureText(run, *setting.address, options);
+        failure = failureText(run, *setting.address, options, data, libraryError);
 
     if (options.local.json) {
         nlohmann::ordered_json summary{

@@ -16,7 +16,7 @@ using namespace ycontacts_cli;
 // --user, --data-dir, --json and --verbose: every command that works on a data directory has them.
 void addLocalOptions(CLI::App* command, LocalOptions& options) {
     command->add_option("--user", options.user, "the user's id (yuid)")->required()->envname("YCONTACTS_USER");
-    command->add_option("--data-dir", options.dataDir, "the folder with contacts.sqlite, photos/ and preferences.sqlite")
+    command->add_option("--data-dir", options.dataDir, "the folder with contacts.sqlite and photos/")
         ->required()
         ->envname("YCONTACTS_DATA_DIR");
     command->add_flag("--json", options.json, "machine-readable output");

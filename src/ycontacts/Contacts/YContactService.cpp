@@ -68,7 +68,8 @@ std::shared_ptr<YContactsNetworkContract> YContactService::networkService() {
 
 std::shared_ptr<YContactsPreferenceContract> YContactService::preferenceService() {
     return preferenceService_.get([this]() -> std::shared_ptr<YContactsPreferenceContract> {
-        return builders_.preference ? builders_.preference() : nullptr;
+        if (!builders_.preference) return nullptr;
+        return builders_.preference(config ? config->databaseStorageURL : std::nullopt);
     });
 }
 

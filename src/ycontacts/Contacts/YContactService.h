@@ -88,7 +88,10 @@ public:
         std::function<std::shared_ptr<YContactsNetworkContract>(
             const std::shared_ptr<YContactsAuthenticationContract>& authorization)>
             network;
-        std::function<std::shared_ptr<YContactsPreferenceContract>()> preference;
+        // Receives the database location when the config gives one, so that progress is kept with the contacts.
+        std::function<std::shared_ptr<YContactsPreferenceContract>(
+            const std::optional<std::filesystem::path>& databaseURL)>
+            preference;
         // Receives whatever the four service slots resolved to, absent ones included.
         std::function<std::shared_ptr<YContactsDataManagerContract>(
             std::shared_ptr<YContactsDatabaseContract> database, std::shared_ptr<YContactsNetworkContract> network,
@@ -96,7 +99,10 @@ public:
             std::shared_ptr<YContactsFileServiceContract> fileService)>
             dataManager;
 
-        // The library's own services and data manager.
+        // The library's own services and data manager. The preferences (download progress and last sync
+        // time) are kept in the contacts database file, in a table of their own, so that a restarted host
+        // resumes where it stopped and a database file removed by the host takes its progress with it;
+        // without a database location they live in memory.
         static Builders defaults();
     };
 

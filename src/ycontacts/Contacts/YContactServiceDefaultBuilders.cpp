@@ -6,6 +6,7 @@
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
 #include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 #include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
+#include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
 namespace ycontacts {
@@ -26,8 +27,10 @@ YContactService::Builders YContactService::Builders::defaults() {
         return std::make_shared<YContactsNetworkService>(authorization, std::make_shared<YContactsURLConstructor>(),
                                                          std::make_shared<YContactsParser>());
     };
-    builders.preference = []() -> std::shared_ptr<YContactsPreferenceContract> {
-        return std::make_shared<YContactsPreferenceService>();
+    builders.preference =
+        [](const std::optional<std::filesystem::path>& databaseURL) -> std::shared_ptr<YContactsPreferenceContract> {
+        if (!databaseURL) return std::make_shared<YContactsPreferenceService>();
+        return std::make_shared<YContactsPreferenceService>(std::make_shared<YUserDefaults>(*databaseURL));
     };
     builders.dataManager = [](std::shared_ptr<YContactsDatabaseContract> database,
                               std::shared_ptr<YContactsNetworkContract> network,

@@ -1,5 +1,6 @@
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
 
+#include <atomic>
 #include <vector>
 
 #include "ycontacts/Contacts/Data/Database/YCategoryDetailTable.h"
@@ -81,6 +82,18 @@ std::string YContactsDatabaseSchema::createStatements() {
 
 bool YContactsDatabaseSchema::createTables(const std::string& identifier) {
     return YSqliteHelper::getShared().execute(createStatements(), true, identifier).ok();
+}
+
+bool YContactsDatabaseSchema::createTablesInFile(const std::filesystem::path& databaseFile) {
+    // Registered under a name of its own, so that the store's connection, if there is one, is left alone.
+    static std::atomic<unsigned> made{0};
+    const std::string identifier = "YContactsDatabaseSchema-" + std::to_string(made++);
+    auto& helper = YSqliteHelper::getShared();
+    const YSqliteConfiguration configuration(YSqliteConnectionMode::readWrite, databaseFile.string());
+    if (!helper.registerDB(identifier, configuration).ok()) return false;
+    const bool created = createTables(identifier);
+    helper.unregisterDB(identifier);
+    return created;
 }
 
 }  // namespace ycontacts

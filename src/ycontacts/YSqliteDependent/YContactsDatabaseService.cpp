@@ -2,9 +2,7 @@
 // YContactsDatabaseServiceReads.cpp.
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <utility>
 
 #include "ycontacts/Contacts/Data/Database/YCategoryDetailTable.h"
@@ -16,6 +14,7 @@
 #include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteValueList.h"
 
 namespace ycontacts {
 
@@ -23,42 +22,12 @@ namespace {
 
 constexpr bool alert = true;
 
-std::string doubled(const std::string& value, char quote) {
-    std::string result;
-    result.reserve(value.size());
-    for (const char character : value) {
-        if (character == quote) result += quote;
-        result += character;
-    }
-    return result;
-}
-
-std::string lowercased(const std::string& value) {
-    std::string result = value;
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
-    return result;
-}
-
-// A double-quoted word that names a column of the table (or the rowid) is read by SQLite as that column,
-// not as text; "contactId" in such a list would match every row of the user.
-bool namesColumn(const std::string& id) {
-    static const auto names = [] {
-        std::vector<std::string> all{"rowid", "oid", "_rowid_"};
-        for (const auto* list : {&YContactDetailTable::textColumns, &YContactDetailTable::integerColumns,
-                                 &YContactDetailTable::boolColumns, &YContactDetailTable::addedTextColumns,
-                                 &YContactSearchTable::textColumns, &YContactSearchTable::integerColumns,
-                                 &YContactSearchTable::boolColumns, &YContactEmailTable::textColumns,
-                                 &YContactEmailTable::boolColumns, &YContactPhoneTable::textColumns,
-                                 &YContactIMTable::textColumns, &YContactUrlTable::textColumns,
-                                 &YContactCategoryTable::textColumns, &YCategoryDetailTable::textColumns}) {
-            for (const auto& column : *list) all.push_back(lowercased(column));
-        }
-        return all;
-    }();
-    const std::string lowered = lowercased(id);
-    return std::find(names.begin(), names.end(), lowered) != names.end();
-}
+// Every personal row of the user whose primary address is an org row's takes that row's type and user id.
+const std::string fixPersonalContactsStatement =
+    "UPDATE YContactDetail SET type = IFNULL((SELECT type from YContactDetail as c1 WHERE c1.primaryEmail = "
+    "YContactDetail.primaryEmail and c1.isOrg = 1), type) , contactYuid = IFNULL((SELECT contactYuid from "
+    "YContactDetail as c1 WHERE c1.primaryEmail = YContactDetail.primaryEmail and c1.isOrg = 1), contactYuid) "
+    "WHERE isOrg = 0 and yuid = ?";
 
 // The typeahead rows go last: until the contact's own rows are gone, a search may still find it.
 const std::array<std::string, 7>& contactTables() {
@@ -69,6 +38,17 @@ const std::array<std::string, 7>& contactTables() {
     return tables;
 }
 
+// "yuid = ? and <column> in (?, ...)": the user, then one chunk of a YSqliteValueList.
+std::string userAndListCondition(const std::string& column) {
+    return YContactDetailTable::yuid + " = ? and " + column + " in " + YSqliteValueList::placeholders();
+}
+
+std::vector<YSqliteValue> userAndList(const std::string& yuid, const std::vector<YSqliteValue>& chunk) {
+    std::vector<YSqliteValue> bindings{yuid};
+    bindings.insert(bindings.end(), chunk.begin(), chunk.end());
+    return bindings;
+}
+
 }  // namespace
 
 YContactsDatabaseService::YContactsDatabaseService(std::string identifierValue,
@@ -77,9 +57,9 @@ YContactsDatabaseService::YContactsDatabaseService(std::string identifierValue,
     : databaseURL(std::move(databaseURLValue)),
       identifier(std::move(identifierValue)),
       databaseMapper(std::move(databaseMapperValue)) {
-    // The helper logs a failed registration; later statements then fail and read as absent.
-    YSqliteHelper::getShared().registerDB(identifier,
-                                          YSqliteConfiguration(YSqliteConnectionMode::readWrite, databaseURL.string()));
+    // The helper logs a failed registration; later statements then fail: reads answer absent, writes false.
+    static_cast<void>(YSqliteHelper::getShared().registerDB(
+        identifier, YSqliteConfiguration(YSqliteConnectionMode::readWrite, databaseURL.string())));
 }
 
 std::shared_ptr<YContactsDatabaseService> YContactsDatabaseService::getSharedInstance(
@@ -89,31 +69,7 @@ std::shared_ptr<YContactsDatabaseService> YContactsDatabaseService::getSharedIns
     return shared;
 }
 
-std::string YContactsDatabaseService::userCondition(const std::string& yuid) {
-    return "yuid = '" + doubled(yuid, '\'') + "'";
-}
-
-std::string YContactsDatabaseService::idList(const std::vector<std::string>& ids) {
-    std::string list;
-    for (const auto& id : ids) {
-        if (!list.empty()) list += ", ";
-        const char quote = namesColumn(id) ? '\'' : '"';
-        list += quote;
-        list += doubled(id, quote);
-        list += quote;
-    }
-    return list;
-}
-
-std::string YContactsDatabaseService::fixPersonalContactsStatement(const std::string& yuid) {
-    return "UPDATE YContactDetail SET type = IFNULL((SELECT type from YContactDetail as c1 WHERE c1.primaryEmail = "
-           "YContactDetail.primaryEmail and c1.isOrg = 1), type) , contactYuid = IFNULL((SELECT contactYuid from "
-           "YContactDetail as c1 WHERE c1.primaryEmail = YContactDetail.primaryEmail and c1.isOrg = 1), "
-           "contactYuid) WHERE isOrg = 0 and yuid = '" +
-           doubled(yuid, '\'') + "'";
-}
-
-void YContactsDatabaseService::save(const std::string& yuid, const std::vector<YContact>& contacts) {
+bool YContactsDatabaseService::save(const std::string& yuid, const std::vector<YContact>& contacts) {
     std::vector<std::string> contactIds;
     contactIds.reserve(contacts.size());
     for (const auto& contact : contacts) contactIds.push_back(contact.contactId);
@@ -128,96 +84,118 @@ void YContactsDatabaseService::save(const std::string& yuid, const std::vector<Y
 
     // One transaction for the whole list: the contacts are stored entirely or not at all, and a reader never
     // sees a contact without its child or typeahead rows.
-    auto& helper = YSqliteHelper::getShared();
-    helper.transaction(
-        [&] {
-            // Child rows the new data no longer has must go, so every row of these ids is dropped first.
-            if (!deleteContactRows(yuid, contactIds)) return false;
-            for (const auto& [table, rows] : tableRows) {
-                if (!helper.save(*table, rows, true, alert, identifier).ok()) return false;
-            }
-            return true;
-        },
-        alert, identifier);
+    return inTransaction([&] {
+        // Child rows the new data no longer has must go, so every row of these ids is dropped first.
+        if (!deleteContactRows(yuid, contactIds)) return false;
+        auto& helper = YSqliteHelper::getShared();
+        for (const auto& [table, rows] : tableRows) {
+            if (!helper.save(*table, rows, true, alert, identifier).ok()) return false;
+        }
+        return true;
+    });
 }
 
-void YContactsDatabaseService::updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) {
-    save(yuid, contacts);
+bool YContactsDatabaseService::updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) {
+    return save(yuid, contacts);
 }
 
-void YContactsDatabaseService::deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) {
-    YSqliteHelper::getShared().transaction([&] { return deleteContactRows(yuid, contactIds); }, alert, identifier);
+bool YContactsDatabaseService::deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) {
+    return inTransaction([&] { return deleteContactRows(yuid, contactIds); });
+}
+
+bool YContactsDatabaseService::inTransaction(const std::function<bool()>& write) {
+    return YSqliteHelper::getShared().transaction(write, alert, identifier).ok();
 }
 
 bool YContactsDatabaseService::deleteContactRows(const std::string& yuid, const std::vector<std::string>& contactIds) {
-    const std::string where = userCondition(yuid) + " and " + YContactDetailTable::contactId + " in (" +
-                              idList(contactIds) + ")";
+    const std::string where = userAndListCondition(YContactDetailTable::contactId);
     auto& helper = YSqliteHelper::getShared();
-    for (const auto& table : contactTables()) {
-        if (!helper.deleteFrom(table, where, alert, identifier).ok()) return false;
-    }
-    return true;
+    return YSqliteValueList::forEachChunk(contactIds, [&](const std::vector<YSqliteValue>& chunk) {
+        const auto bindings = userAndList(yuid, chunk);
+        for (const auto& table : contactTables()) {
+            if (!helper.deleteFrom(table, where, bindings, alert, identifier).ok()) return false;
+        }
+        return true;
+    });
 }
 
-void YContactsDatabaseService::deleteAllDetails(const std::string& yuid) {
-    const std::string where = userCondition(yuid);
+bool YContactsDatabaseService::deleteAllDetails(const std::string& yuid) {
+    const std::string where = YContactDetailTable::yuid + " = ?";
+    const std::vector<YSqliteValue> bindings{yuid};
     auto& helper = YSqliteHelper::getShared();
     // Category names stay: they belong to the user, not to the contacts. As with deleteContacts, the tables
     // are emptied together or not at all, so no contact is left with only some of its rows.
-    helper.transaction(
-        [&] {
-            for (const auto* table : {&YContactDetailTable::tableName, &YContactUrlTable::tableName,
-                                      &YContactPhoneTable::tableName, &YContactIMTable::tableName,
-                                      &YContactEmailTable::tableName, &YContactCategoryTable::tableName,
-                                      &YContactSearchTable::tableName}) {
-                if (!helper.deleteFrom(*table, where, alert, identifier).ok()) return false;
-            }
-            return true;
-        },
-        alert, identifier);
+    return inTransaction([&] {
+        for (const auto* table : {&YContactDetailTable::tableName, &YContactUrlTable::tableName,
+                                  &YContactPhoneTable::tableName, &YContactIMTable::tableName,
+                                  &YContactEmailTable::tableName, &YContactCategoryTable::tableName,
+                                  &YContactSearchTable::tableName}) {
+            if (!helper.deleteFrom(*table, where, bindings, alert, identifier).ok()) return false;
+        }
+        return true;
+    });
 }
 
-void YContactsDatabaseService::updateContactId(const std::string& yuid, const std::string& oldContactId,
+bool YContactsDatabaseService::updateContactId(const std::string& yuid, const std::string& oldContactId,
                                                const std::string& newContactId) {
     auto contact = getContactByContactId(yuid, oldContactId);
-    if (!contact) return;
+    if (!contact) return false;
     contact->contactId = newContactId;
     // Rows under the old id stay; callers that want them gone delete them.
-    updateContacts(yuid, {*contact});
+    return updateContacts(yuid, {*contact});
 }
 
-void YContactsDatabaseService::fixPersonalContacts(const std::string& yuid) {
-    YSqliteHelper::getShared().execute(fixPersonalContactsStatement(yuid), alert, identifier);
+bool YContactsDatabaseService::fixPersonalContacts(const std::string& yuid) {
+    return YSqliteHelper::getShared().execute(fixPersonalContactsStatement, {yuid}, alert, identifier).ok();
 }
 
-void YContactsDatabaseService::updateUsageCount(const std::string& yuid, const std::string& contactId,
+bool YContactsDatabaseService::updateUsageCount(const std::string& yuid, const std::string& contactId,
                                                 const std::string& usageCount) {
-    const std::string where = "contactId = '" + doubled(contactId, '\'') + "' AND " + YContactDetailTable::yuid +
-                              " = '" + doubled(yuid, '\'') + "'";
+    const std::string where = YContactDetailTable::contactId + " = ? AND " + YContactDetailTable::yuid + " = ?";
+    const std::vector<YSqliteValue> bindings{contactId, yuid};
     // Passed as text; the column's integer affinity stores a number. The typeahead rows carry the weight
     // as a list-order key and follow.
     auto& helper = YSqliteHelper::getShared();
-    for (const auto* table : {&YContactDetailTable::tableName, &YContactSearchTable::tableName}) {
-        helper.update(*table, where, YSqliteRow{{YContactDetailTable::weightage, usageCount}}, std::nullopt, alert,
-                      identifier);
-    }
+    return inTransaction([&] {
+        for (const auto* table : {&YContactDetailTable::tableName, &YContactSearchTable::tableName}) {
+            if (!helper.update(*table, where, bindings, YSqliteRow{{YContactDetailTable::weightage, usageCount}},
+                               std::nullopt, alert, identifier)
+                     .ok()) {
+                return false;
+            }
+        }
+        return true;
+    });
 }
 
-void YContactsDatabaseService::updateContactsUsageCount(const std::string& yuid,
+bool YContactsDatabaseService::updateContactsUsageCount(const std::string& yuid,
                                                         const std::map<std::string, std::string>& usageDetails) {
-    for (const auto& [contactId, usageCount] : usageDetails) updateUsageCount(yuid, contactId, usageCount);
+    return inTransaction([&] {
+        for (const auto& [contactId, usageCount] : usageDetails) {
+            if (!updateUsageCount(yuid, contactId, usageCount)) return false;
+        }
+        return true;
+    });
 }
 
-void YContactsDatabaseService::addCategories(const std::string& yuid,
+bool YContactsDatabaseService::addCategories(const std::string& yuid,
                                              const std::vector<YContactCategory>& categories) {
-    YSqliteHelper::getShared().save(YCategoryDetailTable::tableName, databaseMapper.categoryDetailRows(categories, yuid),
-                                    true, alert, identifier);
+    return YSqliteHelper::getShared()
+        .save(YCategoryDetailTable::tableName, databaseMapper.categoryDetailRows(categories, yuid), true, alert,
+              identifier)
+        .ok();
 }
 
-void YContactsDatabaseService::deleteCategories(const std::string& yuid, const std::vector<std::string>& categoryIds) {
-    const std::string where = userCondition(yuid) + " and " + YCategoryDetailTable::categoryId + " in (" +
-                              idList(categoryIds) + ")";
-    YSqliteHelper::getShared().deleteFrom(YCategoryDetailTable::tableName, where, alert, identifier);
+bool YContactsDatabaseService::deleteCategories(const std::string& yuid,
+                                                const std::vector<std::string>& categoryIds) {
+    const std::string where = userAndListCondition(YCategoryDetailTable::categoryId);
+    return inTransaction([&] {
+        return YSqliteValueList::forEachChunk(categoryIds, [&](const std::vector<YSqliteValue>& chunk) {
+            return YSqliteHelper::getShared()
+                .deleteFrom(YCategoryDetailTable::tableName, where, userAndList(yuid, chunk), alert, identifier)
+                .ok();
+        });
+    });
 }
 
 }  // namespace ycontacts

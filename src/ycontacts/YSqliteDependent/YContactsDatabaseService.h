@@ -17,10 +17,11 @@
 
 namespace ycontacts {
 
-// Writes never report: each YSqliteHelper result is dropped (the helper logs failures). Reads give an
-// absent result when a statement fails. The tables must exist already (see YContactsDatabaseSchema).
-// Values placed into SQL text are quoted by doubling the quote character that delimits them, so that an id
-// carrying quotes cannot reach rows of other ids or other users.
+// Each write runs in one transaction and answers true once it is stored; on failure it is rolled back
+// whole, the helper logs SQLite's error, and the answer is false. Reads give an absent result when a
+// statement fails. The tables must exist already (see YContactsDatabaseSchema). Every value is bound,
+// never placed into SQL text: any id (quotes, NUL, a column's name, SQL) is stored, found and deleted
+// exactly and reaches no other row.
 class YContactsDatabaseService : public YContactsDatabaseContract {
 public:
     // Keeps the three values, then registers `databaseURL` (the database file itself) under `identifier`
@@ -37,12 +38,13 @@ public:
     const std::string identifier;
     const YContactsDataMaper databaseMapper;
 
-    void save(const std::string& yuid, const std::vector<YContact>& contacts) override;
+    [[nodiscard]] bool save(const std::string& yuid, const std::vector<YContact>& contacts) override;
     std::optional<ContactCount> getContactCount(const std::string& yuids) override;
-    void updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) override;
-    void deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) override;
-    void updateContactId(const std::string& yuid, const std::string& oldContactId,
-                         const std::string& newContactId) override;
+    [[nodiscard]] bool updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) override;
+    [[nodiscard]] bool deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) override;
+    // False also when there is no contact under the old id.
+    [[nodiscard]] bool updateContactId(const std::string& yuid, const std::string& oldContactId,
+                                       const std::string& newContactId) override;
     // Without a search text: the user's contacts (only org or only personal ones when isOrg is given),
     // by weightage, highest first, then by display name ignoring ASCII case, then by id; `from` rows
     // skipped, at most `limit` returned. With a search text: the same, limited to contacts whose full,
@@ -67,7 +69,7 @@ public:
                                                 bool preferPersonalInfo) override;
     std::optional<YContact> getContactByContactYuid(const std::string& yuid, const std::string& contactYuid) override;
     std::optional<YContact> getContactByContactId(const std::string& yuid, const std::string& contactId) override;
-    void deleteAllDetails(const std::string& yuid) override;
+    [[nodiscard]] bool deleteAllDetails(const std::string& yuid) override;
     // One suggestion per e-mail address of the matching contacts: by weightage, personal before org,
     // then display name, then id; a contact's own addresses primary first, then in saved order. A contact
     // matching by name offers all its addresses, otherwise only the matching ones. An empty text matches
@@ -83,24 +85,21 @@ public:
                                                                   std::optional<int> offset, int limit,
                                                                   bool excludeGroups,
                                                                   bool shouldSearchNickname) override;
-    void fixPersonalContacts(const std::string& yuid) override;
-    void updateContactsUsageCount(const std::string& yuid,
-                                  const std::map<std::string, std::string>& usageDetails) override;
-    void updateUsageCount(const std::string& yuid, const std::string& contactId, const std::string& usageCount);
+    [[nodiscard]] bool fixPersonalContacts(const std::string& yuid) override;
+    // All the counts in one transaction; a count for an id the user does not have changes nothing.
+    [[nodiscard]] bool updateContactsUsageCount(const std::string& yuid,
+                                                const std::map<std::string, std::string>& usageDetails) override;
+    [[nodiscard]] bool updateUsageCount(const std::string& yuid, const std::string& contactId,
+                                        const std::string& usageCount);
     // Members of the category, in list order.
     std::optional<std::vector<YContact>> getContacts(const std::string& yuid, const std::string& categoryId) override;
-    void addCategories(const std::string& yuid, const std::vector<YContactCategory>& categories) override;
+    [[nodiscard]] bool addCategories(const std::string& yuid,
+                                     const std::vector<YContactCategory>& categories) override;
     // By name ignoring case, then id.
     std::optional<std::vector<YContactCategory>> getCategories(const std::string& yuid) override;
-    void deleteCategories(const std::string& yuid, const std::vector<std::string>& categoryIds) override;
+    [[nodiscard]] bool deleteCategories(const std::string& yuid,
+                                        const std::vector<std::string>& categoryIds) override;
 
-    // The statement texts the writes build, public so that their exact form can be checked.
-    // "yuid = '<yuid>'", apostrophes in the yuid doubled.
-    static std::string userCondition(const std::string& yuid);
-    // Each id in double quotes (inner double quotes doubled), joined by ", ". An id that names a column or
-    // the rowid would be read as that column, so it alone is written between apostrophes instead.
-    static std::string idList(const std::vector<std::string>& ids);
-    static std::string fixPersonalContactsStatement(const std::string& yuid);
     // The statement and bindings that find, in list order, the contacts of one population whose terms begin
     // with the search text (every contact of it for an empty text); `count` and `skip` page them. Public so
     // that its query plan can be checked.
@@ -113,6 +112,8 @@ public:
 private:
     // Deletes every row of the ids from the contact tables; false once one delete fails.
     bool deleteContactRows(const std::string& yuid, const std::vector<std::string>& contactIds);
+    // Runs `write` in one transaction; true once it is committed.
+    bool inTransaction(const std::function<bool()>& write);
 
     // Which child tables a read attaches.
     struct ChildTables {

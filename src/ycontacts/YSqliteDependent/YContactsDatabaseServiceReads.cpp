@@ -1,9 +1,8 @@
 // The reads of YContactsDatabaseService. Values typed by a user or sent by the server are bound, never
 // spliced into the text. A search walks the typeahead table's prefix indexes in list order and stops once
 // it has the page, so its cost follows the page size rather than the number of matches. Rows of a known
-// set of contacts are read by joining a JSON array of their ids, which needs no temporary table.
+// set of contacts are read a chunk of bound ids at a time (YSqliteValueList).
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <unordered_map>
 #include <unordered_set>
@@ -18,6 +17,7 @@
 #include "ycontacts/Contacts/Data/Database/YContactSearchTable.h"
 #include "ycontacts/Contacts/Data/Database/YContactUrlTable.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteValueList.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
 namespace ycontacts {
@@ -54,32 +54,6 @@ const std::string& listFormColumns() {
     return columns;
 }
 
-// The ids as a JSON array for json_each: quotes, backslashes and control characters escaped, every other
-// byte as it is.
-std::string jsonArray(const std::vector<std::string>& texts) {
-    std::string json = "[";
-    for (const auto& text : texts) {
-        if (json.size() > 1) json += ',';
-        json += '"';
-        for (const char character : text) {
-            const auto byte = static_cast<unsigned char>(character);
-            if (character == '"' || character == '\\') {
-                json += '\\';
-                json += character;
-            } else if (byte < 0x20) {
-                char escaped[8];
-                std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
-                json += escaped;
-            } else {
-                json += character;
-            }
-        }
-        json += '"';
-    }
-    json += ']';
-    return json;
-}
-
 // The list order of the reads, for results gathered from several statements.
 void sortInListOrder(std::vector<YContact>& contacts) {
     std::stable_sort(contacts.begin(), contacts.end(), [](const YContact& left, const YContact& right) {
@@ -89,6 +63,18 @@ void sortInListOrder(std::vector<YContact>& contacts) {
         if (leftName != rightName) return leftName < rightName;
         return left.contactId < right.contactId;
     });
+}
+
+// Runs `sql` with the user's id, then `chunk`, bound, and appends its rows to `rows`; false when it fails.
+bool appendRows(std::vector<YSqliteRow>& rows, const std::string& sql, const std::string& yuid,
+                const std::vector<YSqliteValue>& chunk, const std::string& identifier) {
+    std::vector<YSqliteValue> bindings{yuid};
+    bindings.insert(bindings.end(), chunk.begin(), chunk.end());
+    auto selected = YSqliteHelper::getShared().select(sql, bindings, alert, identifier);
+    if (!selected.ok()) return false;
+    auto taken = selected.takeValue();
+    rows.insert(rows.end(), std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
+    return true;
 }
 
 std::int64_t pageEnd(std::int64_t from, std::optional<int> limit) {
@@ -103,7 +89,7 @@ template <typename Result>
 std::optional<Result> YContactsDatabaseService::onOneSnapshot(
     const std::function<std::optional<Result>()>& read) const {
     std::optional<Result> result;
-    YSqliteHelper::getShared().snapshot([&] { result = read(); }, alert, identifier);
+    if (!YSqliteHelper::getShared().snapshot([&] { result = read(); }, alert, identifier).ok()) return std::nullopt;
     return result;
 }
 
@@ -192,11 +178,14 @@ std::optional<std::vector<YSqliteRow>> YContactsDatabaseService::detailRows(cons
     std::vector<std::string> ids;
     ids.reserve(found.size());
     for (const auto& match : found) ids.push_back(match.contactId);
-    auto rows = YSqliteHelper::getShared().select(
-        "SELECT " + columns + " FROM json_each(?) j CROSS JOIN YContactDetail d ON d.yuid = ? AND d.contactId = j.value",
-        std::vector<YSqliteValue>{jsonArray(ids), yuid}, alert, identifier);
-    if (!rows.ok()) return std::nullopt;
-    auto unordered = rows.takeValue();
+    std::vector<YSqliteRow> unordered;
+    const bool read = YSqliteValueList::forEachChunk(ids, [&](const std::vector<YSqliteValue>& chunk) {
+        return appendRows(unordered,
+                          "SELECT " + columns + " FROM YContactDetail d WHERE d.yuid = ? AND d.contactId IN " +
+                              YSqliteValueList::placeholders(),
+                          yuid, chunk, identifier);
+    });
+    if (!read) return std::nullopt;
     // Back into the order of the matches; an id whose row has gone meanwhile is skipped.
     std::unordered_map<std::string, YSqliteRow*> byId;
     for (auto& row : unordered) {
@@ -220,7 +209,6 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChild
     std::vector<std::string> ids;
     ids.reserve(contacts.size());
     for (const auto& contact : contacts) ids.push_back(contact.contactId);
-    const std::string idArray = jsonArray(ids);
 
     const std::string* tables[] = {&YContactEmailTable::tableName, &YContactPhoneTable::tableName,
                                    &YContactIMTable::tableName, &YContactUrlTable::tableName,
@@ -237,17 +225,17 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChild
     std::unordered_map<std::string, std::vector<const YSqliteRow*>> byContact[5];
     for (std::size_t table = 0; table < 5; ++table) {
         if (!read[table]) continue;
-        const bool wholeUser = contacts.size() > wholeUserChildThreshold;
-        auto selected =
-            wholeUser ? YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, " + columns[table] + " FROM " +
-                                                              *tables[table] + " c WHERE c.yuid = ?",
-                                                          std::vector<YSqliteValue>{yuid}, alert, identifier)
-                      : YSqliteHelper::getShared().select("SELECT c.rowid AS rowOrder, " + columns[table] +
-                                                              " FROM json_each(?) j CROSS JOIN " + *tables[table] +
-                                                              " c ON c.yuid = ? AND c.contactId = j.value",
-                                                          std::vector<YSqliteValue>{idArray, yuid}, alert, identifier);
-        if (!selected.ok()) return std::nullopt;
-        rows[table] = selected.takeValue();
+        const std::string select = "SELECT c.rowid AS rowOrder, " + columns[table] + " FROM " + *tables[table] +
+                                   " c WHERE c.yuid = ?";
+        const bool read = contacts.size() > wholeUserChildThreshold
+                              ? appendRows(rows[table], select, yuid, {}, identifier)
+                              : YSqliteValueList::forEachChunk(ids, [&](const std::vector<YSqliteValue>& chunk) {
+                                    return appendRows(rows[table],
+                                                      select + " AND c.contactId IN " +
+                                                          YSqliteValueList::placeholders(),
+                                                      yuid, chunk, identifier);
+                                });
+        if (!read) return std::nullopt;
         // rowid order is the order the rows were saved in, which is the order of the contact's lists.
         std::vector<std::pair<std::int64_t, const YSqliteRow*>> inOrder;
         inOrder.reserve(rows[table].size());
@@ -256,7 +244,7 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::contactsWithChild
         }
         std::sort(inOrder.begin(), inOrder.end(),
                   [](const auto& left, const auto& right) { return left.first < right.first; });
-        // A repeated id in the array would read its rows twice.
+        // An id listed twice would read its rows twice.
         inOrder.erase(std::unique(inOrder.begin(), inOrder.end(),
                                   [](const auto& left, const auto& right) { return left.first == right.first; }),
                       inOrder.end());
@@ -355,34 +343,27 @@ std::optional<std::vector<YContact>> YContactsDatabaseService::getContactsFromEm
     return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
         std::vector<YContact> found;
         std::unordered_set<std::string> seen;
-        constexpr std::size_t chunk = 64;
-        for (std::size_t start = 0; start < emailIds.size(); start += chunk) {
+        std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ?";
+        if (isOrg) sql += " AND isOrg = ?";
+        sql += " AND contactId IN (SELECT contactId FROM YContactEmailTable WHERE yuid = ? AND email COLLATE NOCASE IN " +
+               YSqliteValueList::placeholders() +
+               " UNION SELECT contactId FROM YContactDetail WHERE yuid = ? AND primaryEmail COLLATE NOCASE IN " +
+               YSqliteValueList::placeholders() + ")";
+        const bool read = YSqliteValueList::forEachChunk(emailIds, [&](const std::vector<YSqliteValue>& addresses) {
             std::vector<YSqliteValue> bindings{yuid};
-            std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ?";
-            if (isOrg) {
-                sql += " AND isOrg = ?";
-                bindings.emplace_back(*isOrg);
-            }
-            std::string placeholders;
-            std::vector<YSqliteValue> addresses;
-            for (std::size_t index = 0; index < chunk; ++index) {
-                addresses.emplace_back(emailIds[std::min(start + index, emailIds.size() - 1)]);
-                placeholders += index == 0 ? "?" : ", ?";
-            }
-            sql += " AND contactId IN (SELECT contactId FROM YContactEmailTable WHERE yuid = ? AND email COLLATE "
-                   "NOCASE IN (" + placeholders + ") UNION SELECT contactId FROM YContactDetail WHERE yuid = ? AND "
-                   "primaryEmail COLLATE "
-                   "NOCASE IN (" + placeholders + "))";
+            if (isOrg) bindings.emplace_back(*isOrg);
             bindings.emplace_back(yuid);
             bindings.insert(bindings.end(), addresses.begin(), addresses.end());
             bindings.emplace_back(yuid);
             bindings.insert(bindings.end(), addresses.begin(), addresses.end());
             auto contacts = selectContacts(sql, bindings);
-            if (!contacts) return std::nullopt;
+            if (!contacts) return false;
             for (auto& contact : *contacts) {
                 if (seen.insert(contact.contactId).second) found.push_back(std::move(contact));
             }
-        }
+            return true;
+        });
+        if (!read) return std::nullopt;
         sortInListOrder(found);
         return found;
     });

@@ -120,14 +120,14 @@ TEST_F(YSqliteHelperTest, ReplaceOverwritesByKeyWhileADuplicatePlainInsertWrites
 TEST_F(YSqliteHelperTest, DeleteRemovesWhatTheConditionMatchesOrEverything) {
     ASSERT_TRUE(save({contact("a", "Ann"), contact("b", "Bob"), contact("c", "Cy")}, true).ok());
 
-    // The store lists ids as double-quoted items, which SQLite must read as strings.
-    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = 'u1' and contactId in (\"a\", \"c\")"s, true, db).ok());
+    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = ? and contactId in (?, ?)"s, {"u1"s, "a"s, "c"s}, true, db).ok());
     EXPECT_EQ(idsOf(all()), (Ids{"b"}));
 
-    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = 'u1' and contactId in ()"s, true, db).ok());
+    // A double-quoted word is a name, never a string: one that names no column is an error.
+    ASSERT_FALSE(helper.deleteFrom("Contact", "contactId = \"b\""s, {}, false, db).ok());
     EXPECT_EQ(all().size(), 1u);
 
-    ASSERT_TRUE(helper.deleteFrom("Contact", std::nullopt, true, db).ok());
+    ASSERT_TRUE(helper.deleteFrom("Contact", std::nullopt, {}, true, db).ok());
     EXPECT_TRUE(all().empty());
 }
 
@@ -162,27 +162,30 @@ TEST_F(YSqliteHelperTest, UpdateUsesSqliteDefaultWithoutResolutionAndTheChosenOn
 
     // Text stored in an INTEGER column becomes an integer, which the usage-count update relies on.
     ASSERT_TRUE(helper
-                    .update("Contact", "contactId = 'b' AND yuid = 'u1'", {{"weightage", "7"s}, {"name", "Bo"s}},
-                            std::nullopt, true, db).ok());
+                    .update("Contact", "contactId = ? AND yuid = ?", {"b"s, "u1"s},
+                            {{"weightage", "7"s}, {"name", "Bo"s}}, std::nullopt, true, db)
+                    .ok());
     auto stored = all();
     EXPECT_EQ(stored[1].at("weightage"), YSqliteValue(std::int64_t{7}));
     EXPECT_EQ(stored[1].at("name"), YSqliteValue("Bo"s));
     EXPECT_EQ(stored[0].count("weightage"), 0u) << "rows outside the condition keep their values";
 
     // Renaming a onto b's key collides with b.
-    const auto plain = helper.update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, std::nullopt, true, db);
+    const auto plain = helper.update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}}, std::nullopt, true, db);
     ASSERT_FALSE(plain.ok());
     EXPECT_EQ(plain.error().code, SQLITE_CONSTRAINT);
     EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "c"}));
 
     ASSERT_TRUE(
-        helper.update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, YSqliteConflictResolution::ignore, true, db)
+        helper.update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}}, YSqliteConflictResolution::ignore, true,
+                      db)
             .ok());
     EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "c"}));
 
     ASSERT_TRUE(helper
-                    .update("Contact", "contactId = 'a'", {{"contactId", "b"s}}, YSqliteConflictResolution::replace,
-                            true, db).ok());
+                    .update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}},
+                            YSqliteConflictResolution::replace, true, db)
+                    .ok());
     stored = all();
     ASSERT_EQ(idsOf(stored), (Ids{"b", "c"}));
     EXPECT_EQ(stored[0].at("name"), YSqliteValue("Ann"s)) << "the renamed row replaced the one it collided with";
@@ -232,7 +235,7 @@ TEST_F(YSqliteHelperTest, FailuresComeBackAsErrorsAndAreLoggedOnlyWhenAlerting) 
 
     // Text with a second statement is refused by the single-statement operations.
     ASSERT_TRUE(save({contact("a", "Ann")}).ok());
-    const auto smuggled = helper.deleteFrom("Contact", "contactId = 'zz'; DELETE FROM Contact"s, false, db);
+    const auto smuggled = helper.deleteFrom("Contact", "contactId = 'zz'; DELETE FROM Contact"s, {}, false, db);
     ASSERT_FALSE(smuggled.ok());
     EXPECT_EQ(smuggled.error().code, SQLITE_MISUSE);
     EXPECT_EQ(all().size(), 1u);
@@ -289,11 +292,11 @@ TEST_F(YSqliteHelperTest, UnknownIdentifierIsAMisuseForEveryOperation) {
         errors.push_back(result.error());
     };
     collect(helper.save("Contact", {contact("a", "Ann")}, true, true, unknown));
-    collect(helper.deleteFrom("Contact", std::nullopt, true, unknown));
+    collect(helper.deleteFrom("Contact", std::nullopt, {}, true, unknown));
     collect(helper.select("Contact", std::nullopt, std::nullopt, std::nullopt, std::nullopt, true, unknown));
     collect(helper.select("SELECT 1", true, unknown));
     collect(helper.select("SELECT ?", {"x"s}, true, unknown));
-    collect(helper.update("Contact", "1", {{"name", "x"s}}, std::nullopt, true, unknown));
+    collect(helper.update("Contact", "1", {}, {{"name", "x"s}}, std::nullopt, true, unknown));
     collect(helper.execute("SELECT 1", true, unknown));
     for (const auto& error : errors) EXPECT_EQ(error.code, SQLITE_MISUSE);
     EXPECT_EQ(log.messages().size(), errors.size());

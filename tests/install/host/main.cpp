@@ -3,11 +3,13 @@
 #include <ycontacts/YContacts.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <future>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -82,12 +84,15 @@ void theSharedServiceTakesAConfig(const std::filesystem::path& folder) {
     check(&service == &ycontacts::YContactService::sharedInstance(), "one shared instance");
     check(!service.config.has_value(), "no config at first");
     const auto database = folder / "contacts.sqlite";
+    // The documented start-up, from the umbrella header alone: tables, config, first call.
+    check(ycontacts::YContactsDatabaseSchema::createTablesInFile(database), "tables created");
     service.config = ycontacts::YContactService::Config(std::make_shared<HostAuthenticator>(), database,
                                                         folder / "photos");
     const auto handler = service.syncHandler();
     check(handler != nullptr, "sync handler");
     check(handler != nullptr && !handler->isSyncInProgress("never-started"), "no sync for an unknown user");
-    check(std::filesystem::exists(database), "database file opened at the configured path");
+    check(handler != nullptr && handler->getContactCount("u1") == std::make_pair(std::int64_t{0}, std::int64_t{0}),
+          "an empty store at the configured path");
 }
 
 }  // namespace

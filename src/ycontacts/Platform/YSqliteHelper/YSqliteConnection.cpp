@@ -82,9 +82,10 @@ YSqliteResult<std::shared_ptr<YSqliteConnection>> YSqliteConnection::open(const 
             return error;
         }
         sqlite3_busy_timeout(database, busyTimeoutMilliseconds);
-        // The store writes id lists as double-quoted items and relies on SQLite reading them as strings,
-        // whatever the library's build default.
-        sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
+        // Values are always bound, so a double-quoted word can only be a name: one that names no column
+        // is an error, never a string that silently matches nothing or, worse, a column.
+        sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+        sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
         // A read-only handle cannot switch the file's journal mode; it follows whatever the writer chose.
         const char* setup = asReader ? "PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF; PRAGMA mmap_size=268435456;"
                                      : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=OFF;";

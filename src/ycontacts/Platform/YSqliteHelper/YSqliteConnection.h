@@ -58,7 +58,7 @@ public:
     YSqliteResult<void> runScript(const std::string& sql);
 
 private:
-    // Enough for the store's fixed statements; statements with values spliced into their text come and go.
+    // Enough for the store's statements, whose texts are fixed: every value is bound.
     static constexpr std::size_t statementCacheCapacity = 64;
 
     // One sqlite3 handle and its prepared statements, most recently used first (the map points into the list).

@@ -45,6 +45,17 @@ std::vector<std::string> columnNames(const std::vector<YSqliteRow>& rows) {
     return names;
 }
 
+std::vector<YSqliteConnection::Binding> pointersTo(const std::vector<YSqliteValue>& values) {
+    std::vector<YSqliteConnection::Binding> pointers;
+    pointers.reserve(values.size());
+    for (const auto& value : values) pointers.push_back(&value);
+    return pointers;
+}
+
+YSqliteResult<void> withoutRows(const YSqliteResult<std::vector<YSqliteRow>>& ran) {
+    return ran.ok() ? YSqliteResult<void>() : YSqliteResult<void>(ran.error());
+}
+
 }  // namespace
 
 YSqliteHelper& YSqliteHelper::getShared() {
@@ -155,12 +166,12 @@ YSqliteResult<void> YSqliteHelper::save(const std::string& tableName, const std:
 }
 
 YSqliteResult<void> YSqliteHelper::deleteFrom(const std::string& from, const std::optional<std::string>& where,
-                                              bool alert, const std::string& identifier) {
+                                              const std::vector<YSqliteValue>& bindings, bool alert,
+                                              const std::string& identifier) {
     return perform<void>("delete", from, alert, identifier, [&](YSqliteConnection& database) {
         std::string sql = "DELETE FROM " + quotedIdentifier(from);
         if (where) sql += " WHERE " + *where;
-        auto ran = database.run(sql, {});
-        return ran.ok() ? YSqliteResult<void>() : YSqliteResult<void>(ran.error());
+        return withoutRows(database.run(sql, pointersTo(bindings)));
     });
 }
 
@@ -198,14 +209,12 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteHelper::select(const std::string& 
                                                              const std::string& identifier) {
     using Rows = std::vector<YSqliteRow>;
     return perform<Rows>("select", "query " + rawQuery, alert, identifier, [&](YSqliteConnection& database) {
-        std::vector<YSqliteConnection::Binding> pointers;
-        pointers.reserve(bindings.size());
-        for (const auto& value : bindings) pointers.push_back(&value);
-        return database.run(rawQuery, pointers);
+        return database.run(rawQuery, pointersTo(bindings));
     });
 }
 
 YSqliteResult<void> YSqliteHelper::update(const std::string& tableName, const std::string& where,
+                                          const std::vector<YSqliteValue>& whereBindings,
                                           const YSqliteRow& columnData,
                                           std::optional<YSqliteConflictResolution> onConflict, bool alert,
                                           const std::string& identifier) {
@@ -229,14 +238,21 @@ YSqliteResult<void> YSqliteHelper::update(const std::string& tableName, const st
             bindings.push_back(&columnData.at(name));
         }
         sql += " WHERE " + where;
-        auto ran = database.run(sql, bindings);
-        return ran.ok() ? YSqliteResult<void>() : YSqliteResult<void>(ran.error());
+        for (const auto& value : whereBindings) bindings.push_back(&value);
+        return withoutRows(database.run(sql, bindings));
     });
 }
 
 YSqliteResult<void> YSqliteHelper::execute(const std::string& rawQuery, bool alert, const std::string& identifier) {
     return perform<void>("execute", "query " + rawQuery, alert, identifier,
                          [&](YSqliteConnection& database) { return database.runScript(rawQuery); });
+}
+
+YSqliteResult<void> YSqliteHelper::execute(const std::string& rawQuery, const std::vector<YSqliteValue>& bindings,
+                                           bool alert, const std::string& identifier) {
+    return perform<void>("execute", "query " + rawQuery, alert, identifier, [&](YSqliteConnection& database) {
+        return withoutRows(database.run(rawQuery, pointersTo(bindings)));
+    });
 }
 
 YSqliteResult<void> YSqliteHelper::transaction(const std::function<bool()>& work, bool alert,

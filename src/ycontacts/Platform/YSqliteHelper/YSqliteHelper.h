@@ -22,8 +22,9 @@ class YSqliteConnection;
 // any operation: one connection serves one call at a time. Nothing throws; failures come back as error
 // results (an unknown identifier is SQLITE_MISUSE) and, when `alert` is true, as an error log line.
 //
-// Table and column names are quoted as identifiers; `where` texts are SQL written by the caller and go
-// into the statement unchanged, so values a user typed belong in the bound select instead.
+// Table and column names are quoted as identifiers. `where` texts are SQL written by the caller with a "?"
+// for every value; the values travel in `bindings`, in order, and are never placed into the text, so any
+// text (quotes, NUL, a column's name, SQL) is compared exactly and reaches only its own rows.
 class YSqliteHelper {
 public:
     // The instance the library uses.
@@ -45,8 +46,9 @@ public:
     YSqliteResult<void> save(const std::string& tableName, const std::vector<YSqliteRow>& columns, bool replace,
                              bool alert, const std::string& identifier);
 
-    // DELETE FROM `from` [WHERE where].
-    YSqliteResult<void> deleteFrom(const std::string& from, const std::optional<std::string>& where, bool alert,
+    // DELETE FROM `from` [WHERE where], the where's "?" parameters taking `bindings` in order.
+    YSqliteResult<void> deleteFrom(const std::string& from, const std::optional<std::string>& where,
+                                   const std::vector<YSqliteValue>& bindings, bool alert,
                                    const std::string& identifier);
 
     // SELECT * FROM `from` [WHERE where] [ORDER BY column] [LIMIT limit] [OFFSET offset].
@@ -65,14 +67,20 @@ public:
                                                   const std::vector<YSqliteValue>& bindings, bool alert,
                                                   const std::string& identifier);
 
-    // UPDATE [OR onConflict] tableName SET column = value, ... WHERE where; the values are bound. Without a
-    // conflict resolution SQLite's default (abort) applies. Empty column data updates nothing.
-    YSqliteResult<void> update(const std::string& tableName, const std::string& where, const YSqliteRow& columnData,
+    // UPDATE [OR onConflict] tableName SET column = value, ... WHERE where; the column values are bound, then
+    // `whereBindings` for the where's "?" parameters. Without a conflict resolution SQLite's default (abort)
+    // applies. Empty column data updates nothing.
+    YSqliteResult<void> update(const std::string& tableName, const std::string& where,
+                               const std::vector<YSqliteValue>& whereBindings, const YSqliteRow& columnData,
                                std::optional<YSqliteConflictResolution> onConflict, bool alert,
                                const std::string& identifier);
 
-    // Statements that return no rows, several allowed, run in order until one fails.
+    // Statements that return no rows and take no values, several allowed, run in order until one fails.
     YSqliteResult<void> execute(const std::string& rawQuery, bool alert, const std::string& identifier);
+
+    // One statement that returns no rows, its "?" parameters taking `bindings` in order.
+    YSqliteResult<void> execute(const std::string& rawQuery, const std::vector<YSqliteValue>& bindings,
+                                bool alert, const std::string& identifier);
 
     // Runs `work` in one transaction on the connection. The calls `work` makes on this thread join it (each
     // still all-or-nothing on its own); other threads' calls on the connection wait until it ends. It is

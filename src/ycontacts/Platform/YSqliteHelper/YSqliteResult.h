@@ -14,8 +14,9 @@ struct YSqliteError {
     std::string message;
 };
 
+// Warn-if-unused: a result dropped without a look is a failure nobody hears of.
 template <typename T>
-class YSqliteResult {
+class [[nodiscard]] YSqliteResult {
 public:
     YSqliteResult(T value) : storage_(std::in_place_index<0>, std::move(value)) {}
     YSqliteResult(YSqliteError error) : storage_(std::in_place_index<1>, std::move(error)) {}
@@ -47,7 +48,7 @@ private:
 };
 
 template <>
-class YSqliteResult<void> {
+class [[nodiscard]] YSqliteResult<void> {
 public:
     YSqliteResult() = default;
     YSqliteResult(YSqliteError error) : error_(std::move(error)) {}

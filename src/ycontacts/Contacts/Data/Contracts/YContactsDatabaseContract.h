@@ -14,6 +14,9 @@
 
 namespace ycontacts {
 
+// Writes answer whether they were stored: true once every row is in the store, false when nothing of the
+// call was kept (a store rolls a failed write back whole). Callers must look: a page whose write failed is
+// not downloaded. Reads answer an absent result when the store cannot read.
 class YContactsDatabaseContract {
 public:
     // (organisation count, personal count)
@@ -21,12 +24,13 @@ public:
 
     virtual ~YContactsDatabaseContract() = default;
 
-    virtual void save(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
+    [[nodiscard]] virtual bool save(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
     virtual std::optional<ContactCount> getContactCount(const std::string& yuids) = 0;
-    virtual void updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
-    virtual void deleteContacts(const std::string& yuid, const std::vector<std::string>& contactIds) = 0;
-    virtual void updateContactId(const std::string& yuid, const std::string& oldContactId,
-                                 const std::string& newContactId) = 0;
+    [[nodiscard]] virtual bool updateContacts(const std::string& yuid, const std::vector<YContact>& contacts) = 0;
+    [[nodiscard]] virtual bool deleteContacts(const std::string& yuid,
+                                              const std::vector<std::string>& contactIds) = 0;
+    [[nodiscard]] virtual bool updateContactId(const std::string& yuid, const std::string& oldContactId,
+                                               const std::string& newContactId) = 0;
     virtual std::optional<std::vector<YContact>> getContacts(const std::string& yuid, std::optional<bool> isOrg,
                                                              const std::optional<std::string>& searchStr,
                                                              std::optional<int> from, std::optional<int> limit) = 0;
@@ -42,7 +46,7 @@ public:
     virtual std::optional<YContact> getContactByContactYuid(const std::string& yuid,
                                                             const std::string& contactYuid) = 0;
     virtual std::optional<YContact> getContactByContactId(const std::string& yuid, const std::string& contactId) = 0;
-    virtual void deleteAllDetails(const std::string& yuid) = 0;
+    [[nodiscard]] virtual bool deleteAllDetails(const std::string& yuid) = 0;
     virtual std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const std::string& yuid,
                                                                                  std::optional<bool> isOrg,
                                                                                  const std::string& searchStr,
@@ -52,14 +56,16 @@ public:
                                                                           std::optional<int> offset, int limit,
                                                                           bool excludeGroups,
                                                                           bool shouldSearchNickname) = 0;
-    virtual void fixPersonalContacts(const std::string& yuid) = 0;
-    virtual void updateContactsUsageCount(const std::string& yuid,
-                                          const std::map<std::string, std::string>& usageDetails) = 0;
+    [[nodiscard]] virtual bool fixPersonalContacts(const std::string& yuid) = 0;
+    [[nodiscard]] virtual bool updateContactsUsageCount(const std::string& yuid,
+                                                        const std::map<std::string, std::string>& usageDetails) = 0;
     virtual std::optional<std::vector<YContact>> getContacts(const std::string& yuid,
                                                              const std::string& categoryId) = 0;
-    virtual void addCategories(const std::string& yuid, const std::vector<YContactCategory>& categories) = 0;
+    [[nodiscard]] virtual bool addCategories(const std::string& yuid,
+                                             const std::vector<YContactCategory>& categories) = 0;
     virtual std::optional<std::vector<YContactCategory>> getCategories(const std::string& yuid) = 0;
-    virtual void deleteCategories(const std::string& yuid, const std::vector<std::string>& categoryIds) = 0;
+    [[nodiscard]] virtual bool deleteCategories(const std::string& yuid,
+                                                const std::vector<std::string>& categoryIds) = 0;
 };
 
 }  // namespace ycontacts

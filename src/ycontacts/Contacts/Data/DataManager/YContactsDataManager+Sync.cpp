@@ -75,8 +75,10 @@ void YContactsDataManager::initialDownload(const std::string& yuid, const std::o
     auto stepHandler = [weak = weak_from_this(), yuid, isOrg, removals](int nextStartIndex) {
         const auto self = weak.lock();
         if (!self || !self->preference_) return;
-        self->writeForDownload(yuid, removals,
-                               [&] { self->preference_->setStartIndex(yuid, nextStartIndex, isOrg); });
+        self->writeForDownload(yuid, removals, [&] {
+            self->preference_->setStartIndex(yuid, nextStartIndex, isOrg);
+            return true;
+        });
     };
     auto totalCompletionHandler = [weak = weak_from_this(), yuid, isOrg, removals,
                                    completionHandler = std::move(completionHandler)] {
@@ -158,9 +160,19 @@ void YContactsDataManager::pageArrived(std::optional<YContactNetworkResponse> re
         downloadFailed(yuid, response ? *response->error : YContactError::unknownError);
         return;
     }
-    if (!process(*response, yuid, isOrg, removals)) {
-        Logger::shared().info("Download ended by removing the data of " + yuid + " while a page was stored");
-        return;
+    switch (process(*response, yuid, isOrg, removals)) {
+        case DownloadWrite::written:
+            break;
+        case DownloadWrite::removed:
+            Logger::shared().info("Download ended by removing the data of " + yuid + " while a page was stored");
+            return;
+        case DownloadWrite::failed:
+            // As when the page could not be fetched: nothing of it is announced or counted as progress, and
+            // the next download asks for it again.
+            Logger::shared().error("Download contacts failed yuid: " + yuid + " isOrg: " + text(isOrg) +
+                                   " page: " + std::to_string(startIndex) + ": the store did not keep the page");
+            downloadFailed(yuid, YContactError::storageError);
+            return;
     }
     if (isLastPage(*response, limit)) {
         Logger::shared().info("Contacts fetch complete yuid: " + yuid + " yoid: " + text(yoid) +
@@ -183,63 +195,65 @@ void YContactsDataManager::downloadFailed(const std::string& yuid, YContactError
     notify([&](YContactsNotification& observer) { observer.downloadFailed(yuid, yoid, error); });
 }
 
-bool YContactsDataManager::process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
-                                   std::uint64_t removals) {
+YContactsDataManager::DownloadWrite YContactsDataManager::process(const YContactNetworkResponse& response,
+                                                                  const std::string& yuid, bool isOrg,
+                                                                  std::uint64_t removals) {
+    // The whole page is stored before any of it is announced, so a page the store refused is never announced.
+    const auto written = writeForDownload(yuid, removals, [&] { return storePage(response, yuid); });
+    if (written != DownloadWrite::written) return written;
     if (response.newContacts) {
-        const bool stored = writeForDownload(yuid, removals, [&] {
-            if (database_) database_->save(yuid, *response.newContacts);
-        });
-        if (!stored) return false;
         notify([&](YContactsNotification& observer) { observer.contactsAdded(yuid, isOrg, *response.newContacts); });
     }
     if (response.updatedContacts) {
-        const bool stored = writeForDownload(yuid, removals, [&] {
-            if (!database_) return;
-            // Known contacts are updated; ones the store has never seen are saved, so none is lost.
-            std::vector<YContact> known;
-            std::vector<YContact> unknown;
-            for (const auto& contact : *response.updatedContacts) {
-                (database_->getContactByContactId(yuid, contact.contactId) ? known : unknown).push_back(contact);
-            }
-            if (!known.empty()) database_->updateContacts(yuid, known);
-            if (!unknown.empty()) {
-                Logger::shared().info("Saving updated contacts not stored yet for " + yuid + ": " +
-                                      std::to_string(unknown.size()));
-                database_->save(yuid, unknown);
-            }
-        });
-        if (!stored) return false;
         notify([&](YContactsNotification& observer) {
             observer.contactsUpdated(yuid, isOrg, *response.updatedContacts);
         });
     }
     if (response.deletedContacts) {
-        const bool stored = writeForDownload(yuid, removals, [&] {
-            if (database_) database_->deleteContacts(yuid, *response.deletedContacts);
-        });
-        if (!stored) return false;
         notify([&](YContactsNotification& observer) {
             observer.contactsDeleted(yuid, isOrg, *response.deletedContacts);
         });
     }
     updateContactCount(yuid);
-    return true;
+    return written;
+}
+
+bool YContactsDataManager::storePage(const YContactNetworkResponse& response, const std::string& yuid) {
+    if (!database_) return true;
+    if (response.newContacts && !database_->save(yuid, *response.newContacts)) return false;
+    if (response.updatedContacts) {
+        // Known contacts are updated; ones the store has never seen are saved, so none is lost.
+        std::vector<YContact> known;
+        std::vector<YContact> unknown;
+        for (const auto& contact : *response.updatedContacts) {
+            (database_->getContactByContactId(yuid, contact.contactId) ? known : unknown).push_back(contact);
+        }
+        if (!known.empty() && !database_->updateContacts(yuid, known)) return false;
+        if (!unknown.empty()) {
+            Logger::shared().info("Saving updated contacts not stored yet for " + yuid + ": " +
+                                  std::to_string(unknown.size()));
+            if (!database_->save(yuid, unknown)) return false;
+        }
+    }
+    return !response.deletedContacts || database_->deleteContacts(yuid, *response.deletedContacts);
 }
 
 bool YContactsDataManager::initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals) {
     Logger::shared().info("Initial download complete yuid: " + yuid + " isOrg: " + text(isOrg));
-    const bool marked = writeForDownload(yuid, removals, [&] {
+    const auto marked = writeForDownload(yuid, removals, [&] {
         if (preference_) preference_->setCompleteState(yuid, true, isOrg);
+        return true;
     });
-    if (!marked) return false;
+    if (marked != DownloadWrite::written) return false;
     updateContactCount(yuid);
     std::optional<double> time;
-    const bool current = writeForDownload(yuid, removals, [&] {
+    const auto current = writeForDownload(yuid, removals, [&] {
         if (preference_ && preference_->completeState(yuid, true) && preference_->completeState(yuid, false)) {
             time = updateSyncTime(yuid);
         }
+        return true;
     });
-    if (!current) return false;
+    if (current != DownloadWrite::written) return false;
     if (time) {
         const auto yoid = recordedYoid(yuid);
         notify([&](YContactsNotification& observer) { observer.downloadComplete(yuid, yoid, *time, true); });
@@ -258,7 +272,11 @@ double YContactsDataManager::updateSyncTime(const std::string& yuid) {
 void YContactsDataManager::finishSync(const std::string& yuid, const std::optional<std::string>& yoid,
                                       std::uint64_t removals) {
     double time = 0;
-    if (!writeForDownload(yuid, removals, [&] { time = updateSyncTime(yuid); })) return;
+    const auto written = writeForDownload(yuid, removals, [&] {
+        time = updateSyncTime(yuid);
+        return true;
+    });
+    if (written != DownloadWrite::written) return;
     notify([&](YContactsNotification& observer) { observer.downloadComplete(yuid, yoid, time, false); });
 }
 
@@ -295,7 +313,11 @@ void YContactsDataManager::getUsageCount(const std::string& yuid, UsageCountCall
                 return;
             }
             const auto& usageCountMap = *response->usageCountDetails;
-            if (self->database_) self->database_->updateContactsUsageCount(yuid, usageCountMap);
+            if (self->database_ && !self->database_->updateContactsUsageCount(yuid, usageCountMap)) {
+                Logger::shared().error("Usage counts of " + yuid + " could not be stored");
+                if (callback) callback(std::nullopt);
+                return;
+            }
             notify([&](YContactsNotification& observer) { observer.contactsUsageCountUpdated(yuid, usageCountMap); });
             if (callback) callback(usageCountMap);
         });

@@ -118,7 +118,9 @@ void YContactsDataManager::removeUserData(const std::string& yuid, bool endsRese
         // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
         if (endsReset) clearResetMarker(yuid);
     }
-    if (database_) database_->deleteAllDetails(yuid);
+    if (database_ && !database_->deleteAllDetails(yuid)) {
+        Logger::shared().error("The stored contacts of " + yuid + " could not be removed");
+    }
     if (network_) network_->cancelTasks(yuid);
     if (fileService_) fileService_->deleteAllImages(yuid);
     if (preference_) preference_->removeAllPreferences(yuid);
@@ -213,12 +215,12 @@ std::uint64_t YContactsDataManager::removalCount(const std::string& yuid) const 
     });
 }
 
-bool YContactsDataManager::writeForDownload(const std::string& yuid, std::uint64_t removals,
-                                            const std::function<void()>& write) {
+YContactsDataManager::DownloadWrite YContactsDataManager::writeForDownload(const std::string& yuid,
+                                                                          std::uint64_t removals,
+                                                                          const std::function<bool()>& write) {
     std::lock_guard lock(downloadWrites_);
-    if (removalCount(yuid) != removals) return false;
-    write();
-    return true;
+    if (removalCount(yuid) != removals) return DownloadWrite::removed;
+    return write() ? DownloadWrite::written : DownloadWrite::failed;
 }
 
 void YContactsDataManager::clearResetMarker(const std::string& yuid) {

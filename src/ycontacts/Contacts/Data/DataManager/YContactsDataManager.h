@@ -146,15 +146,16 @@ protected:
     void downloadContacts(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                           int startIndex, int limit, std::optional<double> syncTime, StepHandler stepHandler,
                           CompletionHandler totalCompletionHandler, std::uint64_t removals);
-    // False, with the rest of the page left alone, when the download was ended by a removal.
-    bool process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
-                 std::uint64_t removals);
+    // What became of a download's write: done, refused by the store, or skipped because the user's data
+    // was removed since the download began.
+    enum class DownloadWrite { written, failed, removed };
+
+    // Stores the page, then announces it. A page that is not `written` is not announced.
+    DownloadWrite process(const YContactNetworkResponse& response, const std::string& yuid, bool isOrg,
+                          std::uint64_t removals);
     // False when the download was ended by a removal.
     bool initialDownloadComplete(const std::string& yuid, bool isOrg, std::uint64_t removals);
-    // Stores the time at which the user's running download began (now when none is running; for an initial
-    // download, when its first attempt in this process began) as the user's last updated time, ends the
-    // user's sync and returns the time stored. A change the server makes while the download runs is thus at
-    // or after the stored time, and the next sync asks for it again.
+    // Stores now as the user's last updated time, ends the user's sync and returns the time stored.
     double updateSyncTime(const std::string& yuid);
     void updateContactCount(const std::string& yuid);
 
@@ -167,10 +168,13 @@ private:
     void finishSync(const std::string& yuid, const std::optional<std::string>& yoid, std::uint64_t removals);
     // removeAllData's steps; resetAndStart runs them without ending its own reset (`endsReset` false).
     void removeUserData(const std::string& yuid, bool endsReset);
-    // Runs `write` unless the user's data was removed since the download began, and holds off removals while
-    // it runs, so that nothing of an ended download reaches the store or the preferences after the removal.
-    // False when nothing was written.
-    bool writeForDownload(const std::string& yuid, std::uint64_t removals, const std::function<void()>& write);
+    // The page's new, updated and deleted contacts, in that order; false at the first write the store refused.
+    bool storePage(const YContactNetworkResponse& response, const std::string& yuid);
+    // Runs `write` (true when it succeeded) unless the user's data was removed since the download began, and
+    // holds off removals while it runs, so that nothing of an ended download reaches the store or the
+    // preferences after the removal.
+    DownloadWrite writeForDownload(const std::string& yuid, std::uint64_t removals,
+                                   const std::function<bool()>& write);
     void clearResetMarker(const std::string& yuid);
     // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
     bool markSyncing(const std::string& yuid);

@@ -1,11 +1,13 @@
 #pragma once
-// YContactError: what went wrong in a server call; the case is all a failed call carries.
+// YContactError: what went wrong in a server call or a download; the case is all a failure carries.
 
 #include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
 
 namespace ycontacts {
 
-enum class YContactError { networkFailure, unknownError, authorizationError, parserError, urlError };
+// The first five are the server call's. storageError is a download's alone: a page arrived but the store
+// could not keep it, so the download stopped there and the next one asks for that page again.
+enum class YContactError { networkFailure, unknownError, authorizationError, parserError, urlError, storageError };
 
 // Case names, for log lines.
 template <>
@@ -14,7 +16,7 @@ struct YRawValues<YContactError> {
     static constexpr YRawValueEntry<E> entries[] = {
         {E::networkFailure, "networkFailure"}, {E::unknownError, "unknownError"},
         {E::authorizationError, "authorizationError"}, {E::parserError, "parserError"},
-        {E::urlError, "urlError"},
+        {E::urlError, "urlError"}, {E::storageError, "storageError"},
     };
 };
 

@@ -1,5 +1,7 @@
 #include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
 
+#include <utility>
+
 #include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
 
 namespace ycontacts {
@@ -9,35 +11,40 @@ std::shared_ptr<YContactsPreferenceService> YContactsPreferenceService::shared()
     return instance;
 }
 
+YContactsPreferenceService::YContactsPreferenceService(std::shared_ptr<YUserDefaults> store)
+    : store_(std::move(store)) {}
+
+YUserDefaults& YContactsPreferenceService::store() const { return store_ ? *store_ : YUserDefaults::standard(); }
+
 void YContactsPreferenceService::setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) {
-    YUserDefaults::standard().setInteger(isOrg ? orgStartIndexKey : norgStartIndexKey, index, yuid);
+    store().setInteger(isOrg ? orgStartIndexKey : norgStartIndexKey, index, yuid);
 }
 
 std::int64_t YContactsPreferenceService::startIndex(const std::string& yuid, bool isOrg) {
-    const std::int64_t stored = YUserDefaults::standard().integer(isOrg ? orgStartIndexKey : norgStartIndexKey, yuid);
+    const std::int64_t stored = store().integer(isOrg ? orgStartIndexKey : norgStartIndexKey, yuid);
     return stored > 0 ? stored : 1;
 }
 
 void YContactsPreferenceService::setCompleteState(const std::string& yuid, bool isComplete, bool isOrg) {
-    YUserDefaults::standard().setBool(isOrg ? orgIsCompletedKey : norgIsCompletedKey, isComplete, yuid);
+    store().setBool(isOrg ? orgIsCompletedKey : norgIsCompletedKey, isComplete, yuid);
 }
 
 bool YContactsPreferenceService::completeState(const std::string& yuid, bool isOrg) {
-    return YUserDefaults::standard().boolean(isOrg ? orgIsCompletedKey : norgIsCompletedKey, yuid);
+    return store().boolean(isOrg ? orgIsCompletedKey : norgIsCompletedKey, yuid);
 }
 
 std::optional<double> YContactsPreferenceService::lastUpdatedTime(const std::string& yuid) {
-    const double stored = YUserDefaults::standard().doubleValue(lastUpdatedTimeKey, yuid);
+    const double stored = store().doubleValue(lastUpdatedTimeKey, yuid);
     if (stored == 0.0) return std::nullopt;
     return stored;
 }
 
 void YContactsPreferenceService::setLastUpdatedTime(const std::string& yuid, double time) {
-    YUserDefaults::standard().setDouble(lastUpdatedTimeKey, time, yuid);
+    store().setDouble(lastUpdatedTimeKey, time, yuid);
 }
 
 void YContactsPreferenceService::removeAllPreferences(const std::string& yuid) {
-    auto& defaults = YUserDefaults::standard();
+    auto& defaults = store();
     for (const char* key : {yoidKey, orgStartIndexKey, norgStartIndexKey, norgIsCompletedKey, orgIsCompletedKey,
                             lastUpdatedTimeKey}) {
         defaults.remove(key, yuid);

@@ -1,5 +1,5 @@
 #pragma once
-// YContactsPreferenceService: per-user download progress kept in the standard YUserDefaults, one group per user.
+// YContactsPreferenceService: per-user download progress kept in a YUserDefaults store, one group per user.
 
 #include <cstdint>
 #include <memory>
@@ -10,8 +10,9 @@
 
 namespace ycontacts {
 
-// Holds nothing itself; every call reads or writes the standard store with the user's yuid as the group,
-// so any thread may call it.
+class YUserDefaults;
+
+// Every call reads or writes its store with the user's yuid as the group, so any thread may call it.
 class YContactsPreferenceService : public YContactsPreferenceContract {
 public:
     static constexpr const char* norgStartIndexKey = "YContactsPreferenceConstants.norgStartIndex";
@@ -22,8 +23,12 @@ public:
     // Reserved: never written here, only removed with the rest.
     static constexpr const char* yoidKey = "YContactsPreferenceConstants.yoid";
 
-    // The one instance of the process, made on first use.
+    // The one instance of the process, made on first use, over the standard store.
     static std::shared_ptr<YContactsPreferenceService> shared();
+
+    // Over `store`; without one, over YUserDefaults::standard(), which lives in memory unless the host gave
+    // it a file.
+    explicit YContactsPreferenceService(std::shared_ptr<YUserDefaults> store = nullptr);
 
     void setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) override;
     // Pages count from 1: a stored value below 1, or none, reads as 1.
@@ -34,6 +39,11 @@ public:
     std::optional<double> lastUpdatedTime(const std::string& yuid) override;
     void setLastUpdatedTime(const std::string& yuid, double time) override;
     void removeAllPreferences(const std::string& yuid) override;
+
+private:
+    YUserDefaults& store() const;
+
+    const std::shared_ptr<YUserDefaults> store_;
 };
 
 }  // namespace ycontacts
