@@ -255,7 +255,7 @@ int main() {
     std::vector<double> listing;
     for (int query = 0; query < 200; ++query) {
         start = Clock::now();
-        store.getContacts(yuid, std::nullopt, std::nullopt, 0, 50);
+        store.getContacts({.yuid = yuid, .from = 0, .limit = 50});
         listing.push_back(microseconds(Clock::now() - start));
     }
     const auto listingPage = percentiles(listing);
@@ -278,17 +278,17 @@ int main() {
         for (const auto& prefix : prefixes) {
             const double cpuStart = threadMicroseconds();
             start = Clock::now();
-            const auto found = store.getContacts(yuid, std::nullopt, prefix, 0, 50);
+            const auto found = store.getContacts({.yuid = yuid, .searchStr = prefix, .from = 0, .limit = 50});
             full.push_back(microseconds(Clock::now() - start));
             fullCpu.push_back(threadMicroseconds() - cpuStart);
             results += found ? found->size() : 0;
             start = Clock::now();
-            store.getContactsList(yuid, std::nullopt, prefix, 0, 50);
+            store.getContactsList({.yuid = yuid, .searchStr = prefix, .from = 0, .limit = 50});
             list.push_back(microseconds(Clock::now() - start));
         }
         for (const auto& prefix : prefixes) {
             start = Clock::now();
-            store.getContacts(yuid, std::nullopt, prefix, 0, 50);
+            store.getContacts({.yuid = yuid, .searchStr = prefix, .from = 0, .limit = 50});
             again.push_back(microseconds(Clock::now() - start));
         }
         const auto timing = percentiles(full);
@@ -307,7 +307,7 @@ int main() {
             const std::string& name = firstNames[random() % firstNames.size()];
             const std::string prefix = name.substr(0, std::min(letters, name.size()));
             start = Clock::now();
-            store.getSuggestionContacts(yuid, std::nullopt, prefix, 10);
+            store.getSuggestionContacts({.yuid = yuid, .searchStr = prefix, .limit = 10});
             samples.push_back(microseconds(Clock::now() - start));
         }
         const auto timing = percentiles(samples);

@@ -13,6 +13,7 @@ packages=(
   libcli11-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
+  clang-16
 )
 
 missing=()

@@ -33,15 +33,15 @@ class QueriesRoutingTest : public QueriesListTest,
 
 TEST_P(QueriesRoutingTest, AnswersInTheOrderTheRequestTypeAsks) {
     const auto& [operation, row] = GetParam();
-    ON_CALL(*database, getContacts(_, _, _, _, _)).WillByDefault(Return(row.storeAnswer));
-    ON_CALL(*database, getContactsList(_, _, _, _, _)).WillByDefault(Return(row.storeAnswer));
+    ON_CALL(*database, getContacts(_)).WillByDefault(Return(row.storeAnswer));
+    ON_CALL(*database, getContactsList(_)).WillByDefault(Return(row.storeAnswer));
     std::vector<std::string> log;
     network->onSearch = [&] { log.push_back("server asked"); };
 
     auto queries = makeQueries();
     auto run = operation == ListOperation::contacts ? &YContactsQueries::getContacts
                                                     : &YContactsQueries::getContactsList;
-    ((*queries).*run)("u", std::nullopt, "ann", std::nullopt, std::nullopt, false, row.requestType,
+    ((*queries).*run)({.yuid = "u", .searchStr = "ann", .isOrg = false, .requestType = row.requestType},
                       got.callback(&log, "answer"));
 
     EXPECT_EQ(got.answers, row.before);
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(QueriesListTest, PreferLocalWithoutDatabaseAnswersNoneThenTheServer) {
     auto queries = makeQueries(1000, /*withDatabase=*/false);
-    queries->getContacts("u", std::nullopt, "ann", std::nullopt, std::nullopt, true, RequestType::preferLocal,
+    queries->getContacts({.yuid = "u", .searchStr = "ann", .isOrg = true, .requestType = RequestType::preferLocal},
                          got.callback());
     ASSERT_EQ(network->searches().size(), 1U);
     EXPECT_TRUE(network->searches()[0].isOrg);
@@ -87,27 +87,24 @@ TEST_F(QueriesListTest, PreferLocalWithoutDatabaseAnswersNoneThenTheServer) {
 }
 
 TEST_F(QueriesListTest, LocalStepPassesTheCallersValuesAndTheListSearchAsksForAThousand) {
-    EXPECT_CALL(*database, getContacts("u", std::optional<bool>(true), std::optional<std::string>("an"),
-                                       std::optional<int>(5), std::optional<int>(7)));
-    EXPECT_CALL(*database, getContactsList("u", _, std::optional<std::string>("an"), _, std::optional<int>(1000)));
-    EXPECT_CALL(*database, getContactsList("u", _, std::optional<std::string>("an"), _, std::optional<int>(30)));
-    EXPECT_CALL(*database,
-                getContactsList("u", _, std::optional<std::string>(), _, std::optional<int>(std::nullopt)));
+    EXPECT_CALL(*database, getContacts(storeQuery("u", true, "an", 5, 7)));
+    EXPECT_CALL(*database, getContactsList(storeQuery("u", _, "an", _, 1000)));
+    EXPECT_CALL(*database, getContactsList(storeQuery("u", _, "an", _, 30)));
+    EXPECT_CALL(*database, getContactsList(storeQuery("u", _, std::nullopt, _, std::nullopt)));
     auto queries = makeQueries();
-    queries->getContacts("u", std::nullopt, "an", 5, 7, true, RequestType::local, got.callback());
-    queries->getContactsList("u", std::nullopt, "an", std::nullopt, std::nullopt, std::nullopt, RequestType::local,
+    queries->getContacts(
+        {.yuid = "u", .searchStr = "an", .from = 5, .limit = 7, .isOrg = true, .requestType = RequestType::local},
+        got.callback());
+    queries->getContactsList({.yuid = "u", .searchStr = "an", .requestType = RequestType::local}, got.callback());
+    queries->getContactsList({.yuid = "u", .searchStr = "an", .limit = 30, .requestType = RequestType::local},
                              got.callback());
-    queries->getContactsList("u", std::nullopt, "an", std::nullopt, 30, std::nullopt, RequestType::local,
-                             got.callback());
-    queries->getContactsList("u", std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
-                             RequestType::local, got.callback());
+    queries->getContactsList({.yuid = "u", .requestType = RequestType::local}, got.callback());
     EXPECT_EQ(timerRestarts, 0);
 }
 
 TEST_F(QueriesListTest, PlainServerListingSendsNoTextAndTheCallersLimit) {
     auto queries = makeQueries();
-    queries->getContacts("u", "org", std::nullopt, std::nullopt, 25, std::nullopt, RequestType::server,
-                         got.callback());
+    queries->getContacts({.yuid = "u", .yoid = "org", .limit = 25, .requestType = RequestType::server}, got.callback());
     ASSERT_EQ(network->searches().size(), 1U);
     EXPECT_EQ(network->searches()[0].searchText, std::nullopt);
     EXPECT_EQ(network->searches()[0].limit, 25);
@@ -121,19 +118,17 @@ TEST_F(QueriesListTest, PlainServerListingSendsNoTextAndTheCallersLimit) {
 TEST_F(QueriesListTest, WithoutCollaboratorsEveryQueryAnswersNoneAtMostOnce) {
     auto queries = makeQueries(1000, false, false);
     for (RequestType type : {RequestType::local, RequestType::both, RequestType::preferLocal}) {
-        queries->getContacts("u", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, type, got.callback());
+        queries->getContacts({.yuid = "u", .searchStr = "a", .requestType = type}, got.callback());
     }
-    queries->getContactsList("u", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
-                             got.callback());
+    queries->getContactsList({.yuid = "u", .searchStr = "a", .requestType = RequestType::server}, got.callback());
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>(3, std::nullopt)));
 
-    queries->getContactsFromIds("u", std::nullopt, Ids{"a@x"}, std::nullopt, false, RequestType::both,
-                                got.callback());
+    queries->getContactsFromIds(byAddresses(Ids{"a@x"}, false), got.callback());
     EXPECT_EQ(got.answers.size(), 4U);
     EXPECT_EQ(got.answers.back(), std::nullopt);
 
     int contactAnswers = 0;
-    queries->getContact("u", "1", std::nullopt, std::nullopt, false, [&](std::optional<YContact> found) {
+    queries->getContact(lookUp("1", std::nullopt, std::nullopt), [&](std::optional<YContact> found) {
         ++contactAnswers;
         EXPECT_FALSE(found);
     });
@@ -144,14 +139,13 @@ TEST_F(QueriesListTest, WithoutCollaboratorsEveryQueryAnswersNoneAtMostOnce) {
 TEST_F(QueriesListTest, ContactsFromIdsIsSilentWithoutAddressesAndReadsTheStoreByAddress) {
     EXPECT_CALL(*database, getContactsFromEmailIds(_, _, _)).Times(0);
     auto queries = makeQueries();
-    queries->getContactsFromIds("u", Ids{"1"}, std::nullopt, Ids{"y"}, false, RequestType::server, got.callback());
+    queries->getContactsFromIds(byAddresses(std::nullopt, false, Ids{"1"}), got.callback());
     EXPECT_TRUE(got.answers.empty());
     ::testing::Mock::VerifyAndClearExpectations(database.get());
 
     EXPECT_CALL(*database, getContactsFromEmailIds("u", Ids{"a@x", "b@x"}, std::optional<bool>(true)))
         .WillOnce(Return(std::vector<YContact>{contact("1", "Ann")}));
-    queries->getContactsFromIds("u", Ids{"7"}, Ids{"a@x", "b@x"}, std::nullopt, true, RequestType::server,
-                                got.callback());
+    queries->getContactsFromIds(byAddresses(Ids{"a@x", "b@x"}, true, Ids{"7"}), got.callback());
     EXPECT_EQ(got.answers, (std::vector<std::optional<Ids>>{some({"1"})}));
     EXPECT_TRUE(network->searches().empty());
 }
@@ -167,10 +161,10 @@ TEST_F(QueriesListTest, GetContactLooksUpOnceByIdThenYuidThenAddress) {
         EXPECT_CALL(*database, getContactByContactYuid("u", "cy")).WillOnce(Return(contact("cy", "B")));
         EXPECT_CALL(*database, getContactByEmailId("u", "e@x", true)).WillOnce(Return(std::nullopt));
     }
-    queries->getContact("u", "id", "cy", "e@x", true, record);
-    queries->getContact("u", std::nullopt, "cy", "e@x", true, record);
-    queries->getContact("u", std::nullopt, std::nullopt, "e@x", true, record);
-    queries->getContact("u", std::nullopt, std::nullopt, std::nullopt, true, record);
+    queries->getContact(lookUp("id", "cy", "e@x", true), record);
+    queries->getContact(lookUp(std::nullopt, "cy", "e@x", true), record);
+    queries->getContact(lookUp(std::nullopt, std::nullopt, "e@x", true), record);
+    queries->getContact(lookUp(std::nullopt, std::nullopt, std::nullopt, true), record);
     EXPECT_EQ(found, (std::vector<std::optional<std::string>>{"id", "cy", std::nullopt, std::nullopt}));
 }
 

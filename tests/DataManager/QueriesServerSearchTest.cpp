@@ -13,8 +13,9 @@ class QueriesServerSearchTest : public QueriesTest {
 protected:
     void search(const std::string& keyword, ContactsAnswers& answers, std::optional<int> limit = std::nullopt,
                 std::optional<bool> isOrg = false, const std::string& yuid = "u") {
-        queries->getContacts(yuid, std::nullopt, keyword, std::nullopt, limit, isOrg, RequestType::server,
-                             answers.callback());
+        queries->getContacts(
+            {.yuid = yuid, .searchStr = keyword, .limit = limit, .isOrg = isOrg, .requestType = RequestType::server},
+            answers.callback());
     }
 
     std::shared_ptr<YContactsQueries> queries = makeQueries(250);
@@ -115,7 +116,9 @@ TEST_F(QueriesServerSearchTest, TheCacheServesOnlyThePopulationItWasFilledFor) {
 TEST_F(QueriesServerSearchTest, DestroyInMemoryEmptiesTheMapsAndDropsPendingReplies) {
     EXPECT_CALL(*database, getSuggestionContacts).WillOnce(::testing::Return(std::vector<YSuggestionContact>{
         YSuggestionContact("1", "ann@x", "Ann", false)}));
-    queries->getSuggestionContacts("u", std::nullopt, "an", 20, false, RequestType::both, [](auto, auto) {});
+    queries->getSuggestionContacts(
+        {.yuid = "u", .searchStr = "an", .limit = 20, .isOrg = false, .requestType = RequestType::both},
+        [](auto, auto) {});
     ContactsAnswers a, ab;
     search("a", a);
     network->answerSearch(1, letterA);
@@ -158,14 +161,15 @@ TEST_F(QueriesServerSearchTest, CallbacksAndTheServerMayCallBackIntoTheQueries) 
             reply(std::vector<YContact>{contact("1", *text + "x")});
         });
     std::vector<std::string> seen;
-    queries->getContacts("u", std::nullopt, "a", std::nullopt, std::nullopt, false, RequestType::server,
-                         [&](std::optional<std::vector<YContact>>) {
-                             seen.push_back(queries->inMemoryState().currentNetworkKeyword.at("u"));
-                             if (seen.size() == 1) {
-                                 queries->getContacts("u", std::nullopt, "ab", std::nullopt, std::nullopt, false,
-                                                      RequestType::server, [&](auto) { seen.push_back("ab"); });
-                             }
-                         });
+    const YContactsQuery search{.yuid = "u", .searchStr = "a", .isOrg = false, .requestType = RequestType::server};
+    queries->getContacts(search, [&](std::optional<std::vector<YContact>>) {
+        seen.push_back(queries->inMemoryState().currentNetworkKeyword.at("u"));
+        if (seen.size() == 1) {
+            auto longer = search;
+            longer.searchStr = "ab";
+            queries->getContacts(longer, [&](auto) { seen.push_back("ab"); });
+        }
+    });
     // "a" answered, then "ab" answered from the cache and by the server.
     EXPECT_EQ(seen, (std::vector<std::string>{"a", "ab", "ab"}));
 }

@@ -50,6 +50,36 @@ struct ContactsAnswers {
 
 using Ids = std::vector<std::string>;
 
+// A look-up of user "u" by e-mail addresses (the only ids it reads), as the use case passes it on.
+inline YGetContactsFromIdsRequest byAddresses(std::optional<Ids> emailIds, std::optional<bool> isOrg,
+                                              std::optional<Ids> contactIds = std::nullopt) {
+    YGetContactsFromIdsRequest request("u");
+    request.emailIds = std::move(emailIds);
+    request.contactIds = std::move(contactIds);
+    request.isOrg = isOrg;
+    return request;
+}
+
+// A look-up of one contact of user "u" with whichever of the three ids are given.
+inline YGetContactRequest lookUp(std::optional<std::string> contactId, std::optional<std::string> contactYuid,
+                                 std::optional<std::string> emailId, bool preferPersonalInfo = false) {
+    YGetContactRequest request("u");
+    request.contactId = std::move(contactId);
+    request.contactYuid = std::move(contactYuid);
+    request.emailId = std::move(emailId);
+    request.preferPersonalInfo = preferPersonalInfo;
+    return request;
+}
+
+// Matches the query a store read is asked with, by the fields a read looks at (`_` for any of them).
+template <class Yuid, class IsOrg, class SearchStr, class From, class Limit>
+auto storeQuery(Yuid yuid, IsOrg isOrg, SearchStr searchStr, From from, Limit limit) {
+    using ::testing::Field;
+    return ::testing::AllOf(Field(&YContactsQuery::yuid, yuid), Field(&YContactsQuery::isOrg, isOrg),
+                            Field(&YContactsQuery::searchStr, searchStr), Field(&YContactsQuery::from, from),
+                            Field(&YContactsQuery::limit, limit));
+}
+
 // The ids of one recorded answer, or absent.
 inline std::optional<Ids> some(Ids ids) { return std::optional<Ids>(std::move(ids)); }
 

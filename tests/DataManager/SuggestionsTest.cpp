@@ -32,7 +32,8 @@ protected:
     }
     void suggest(const std::string& text, int limit = 20, std::optional<bool> isOrg = false,
                  RequestType type = RequestType::local, const std::string& yuid = "u") {
-        queries->getSuggestionContacts(yuid, std::nullopt, text, limit, isOrg, type, record());
+        queries->getSuggestionContacts(
+            {.yuid = yuid, .searchStr = text, .limit = limit, .isOrg = isOrg, .requestType = type}, record());
     }
 
     std::shared_ptr<YContactsQueries> queries = makeQueries();
@@ -44,7 +45,7 @@ protected:
 };
 
 TEST_F(SuggestionsTest, AKeywordExtendingACompleteCacheIsNarrowedInMemory) {
-    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(false), "an", 20)).WillOnce(Return(anRows));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", false, "an", _, 20))).WillOnce(Return(anRows));
     suggest("an");
     suggest("Ann", 1);
     suggest("andy");
@@ -61,15 +62,15 @@ TEST_F(SuggestionsTest, AKeywordExtendingACompleteCacheIsNarrowedInMemory) {
 
 TEST_F(SuggestionsTest, TheStoreIsAskedAgainWhenTheCacheCannotAnswer) {
     // Three rows for a limit of three: the store may have had more, so "ann" cannot be narrowed from it.
-    EXPECT_CALL(*database, getSuggestionContacts("u", _, "an", 3)).WillOnce(Return(anRows));
-    EXPECT_CALL(*database, getSuggestionContacts("u", _, "ann", 3)).WillOnce(Return(anRows));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", _, "an", _, 3))).WillOnce(Return(anRows));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", _, "ann", _, 3))).WillOnce(Return(anRows));
     // Complete now, but for another user, another population, and a keyword that does not extend it.
-    EXPECT_CALL(*database, getSuggestionContacts("v", _, "anne", 20)).WillOnce(Return(std::nullopt));
-    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(true), "anne", 20));
-    EXPECT_CALL(*database, getSuggestionContacts("u", std::optional<bool>(false), "b", 20));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("v", _, "anne", _, 20))).WillOnce(Return(std::nullopt));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", true, "anne", _, 20)));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", false, "b", _, 20)));
     suggest("an", 3);
     suggest("ann", 3);
-    EXPECT_CALL(*database, getSuggestionContacts("u", _, "ann", 20)).WillOnce(Return(anRows));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery("u", _, "ann", _, 20))).WillOnce(Return(anRows));
     suggest("ann", 20);
     suggest("anne", 20, false, RequestType::local, "v");
     suggest("anne", 20, true);
@@ -115,14 +116,15 @@ TEST_F(SuggestionsTest, OnlyTheNewestServerSuggestionIsAnswered) {
 }
 
 TEST_F(SuggestionsTest, RoutesLikeTheListQueries) {
-    ON_CALL(*database, getSuggestionContacts(_, _, _, _)).WillByDefault(Return(std::nullopt));
+    ON_CALL(*database, getSuggestionContacts(_)).WillByDefault(Return(std::nullopt));
     suggest("a", 20, false, RequestType::preferLocal);
     ASSERT_EQ(network->searches().size(), 1U);
     network->answerSearch(0, std::vector<YContact>{});
     EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"a", std::nullopt}, {"a", Ids{}}}));
 
     answers.clear();
-    EXPECT_CALL(*database, getSuggestionContacts(_, _, "b", _)).WillOnce(Return(std::vector<YSuggestionContact>{}));
+    EXPECT_CALL(*database, getSuggestionContacts(storeQuery(_, _, "b", _, _)))
+        .WillOnce(Return(std::vector<YSuggestionContact>{}));
     suggest("b", 20, false, RequestType::preferLocal);
     EXPECT_EQ(network->searches().size(), 1U);
     suggest("b", 20, false, RequestType::both);
@@ -131,16 +133,15 @@ TEST_F(SuggestionsTest, RoutesLikeTheListQueries) {
 }
 
 TEST_F(SuggestionsTest, OrgSuggestionsReadTheStoreAndEchoTheSearchText) {
-    EXPECT_CALL(*database, getOrgContactSuggestions("u", std::optional<std::string>("an"), std::optional<int>(10),
-                                                    100, true, false))
+    const YContactsQuery query{.yuid = "u", .searchStr = "an", .from = 10, .limit = 100};
+    EXPECT_CALL(*database, getOrgContactSuggestions(query))
         .WillOnce(Return(std::vector<YContact>{contact("1", "Ann")}));
     std::optional<std::string> echoed;
     std::optional<Ids> ids;
-    queries->getOrgContactSuggestions("u", "an", 10, 100, true, false,
-                                      [&](std::optional<std::string> s, std::optional<std::vector<YContact>> c) {
-                                          echoed = s;
-                                          if (c) ids = idsOf(*c);
-                                      });
+    queries->getOrgContactSuggestions(query, [&](std::optional<std::string> s, std::optional<std::vector<YContact>> c) {
+        echoed = s;
+        if (c) ids = idsOf(*c);
+    });
     EXPECT_EQ(echoed, "an");
     EXPECT_EQ(ids, some({"1"}));
     EXPECT_EQ(timerRestarts, 0);

@@ -46,17 +46,17 @@ TEST_F(DataManagerTest, SyncAndInitialFetchHandOverToEachOther) {
 
 TEST_F(DataManagerTest, StartRecordsTheYoidAndForgetsItWhenStartedWithout) {
     manager->start("u1", "o1");
-    EXPECT_EQ(manager->yuidYoidMap().value(), (YContactsDataManager::YuidYoidMap{{"u1", "o1"}}));
+    EXPECT_EQ(manager->userState("u1").yoid, "o1");
     manager->start("u1", std::nullopt);
-    EXPECT_TRUE(manager->yuidYoidMap().value().empty());
-    EXPECT_EQ(manager->startedYuids().value(), std::vector<std::string>{"u1"});
+    EXPECT_EQ(manager->userState("u1").yoid, std::nullopt);
+    EXPECT_TRUE(manager->userState("u1").started);
 }
 
 TEST_F(DataManagerTest, RemoveAllDataRunsItsStepsInOrderWhetherOrNotTheUserIsSyncing) {
     // The organisation map is left alone.
     manager->start("u3", "o3");
     manager->removeAllData("u3");
-    EXPECT_EQ(manager->yuidYoidMap().value().count("u3"), 1u);
+    EXPECT_EQ(manager->userState("u3").yoid, "o3");
 
     manager->start("u1", std::nullopt);
     ASSERT_TRUE(manager->isSyncInProgress("u1"));
@@ -72,7 +72,7 @@ TEST_F(DataManagerTest, RemoveAllDataRunsItsStepsInOrderWhetherOrNotTheUserIsSyn
     manager->removeAllData("u1");
     manager->removeAllData("u2");
     EXPECT_FALSE(manager->isSyncInProgress("u1"));
-    EXPECT_TRUE(manager->startedYuids().value().empty());
+    EXPECT_FALSE(manager->userState("u1").started);
 }
 
 TEST_F(DataManagerTest, RemoveAllDataSkipsAbsentCollaborators) {
@@ -89,7 +89,7 @@ TEST_F(DataManagerTest, RemoveAllDataSkipsAbsentCollaborators) {
 TEST_F(DataManagerTest, ResetRunsOnceWhileMarkedAndAgainOnceTheFreshDownloadEnds) {
     EXPECT_CALL(*database, deleteAllDetails("u1")).Times(3);
     manager->resetAndStart("u1", std::nullopt);
-    EXPECT_EQ(manager->resetingYuids().value(), std::vector<std::string>{"u1"});
+    EXPECT_TRUE(manager->userState("u1").resetting);
     EXPECT_THAT(observer->events(), ElementsAre("contactDataReset u1", "countUpdate u1 2 3",
                                                 "downloadStarted u1 nil initial"));
 
@@ -101,7 +101,7 @@ TEST_F(DataManagerTest, ResetRunsOnceWhileMarkedAndAgainOnceTheFreshDownloadEnds
 
     // The fresh download finishes: the marker goes and a later reset runs in full.
     request->reply(page(10, false));
-    EXPECT_TRUE(manager->resetingYuids().value().empty());
+    EXPECT_FALSE(manager->userState("u1").resetting);
     EXPECT_FALSE(manager->isSyncInProgress("u1"));
     manager->resetAndStart("u1", std::nullopt);
     request = network->nextPage();
@@ -109,7 +109,7 @@ TEST_F(DataManagerTest, ResetRunsOnceWhileMarkedAndAgainOnceTheFreshDownloadEnds
 
     // A failed fresh download clears the marker too.
     request->reply(YContactNetworkResponse::getResponse(YContactError::networkFailure));
-    EXPECT_TRUE(manager->resetingYuids().value().empty());
+    EXPECT_FALSE(manager->userState("u1").resetting);
     manager->resetAndStart("u1", std::nullopt);
     EXPECT_TRUE(network->nextPage());
 }
@@ -119,11 +119,11 @@ TEST_F(DataManagerTest, ResetWithAYoidKeepsItsMarkerUntilTheOrganisationDownload
     auto personal = network->nextPage();
     ASSERT_TRUE(personal);
     personal->reply(page(0, false));
-    EXPECT_EQ(manager->resetingYuids().value(), std::vector<std::string>{"u1"});
+    EXPECT_TRUE(manager->userState("u1").resetting);
     auto organisation = network->nextPage();
     ASSERT_EQ(asked(organisation), "u1 o1 org page 1 of 1000 since nil");
     organisation->reply(page(0, false));
-    EXPECT_TRUE(manager->resetingYuids().value().empty());
+    EXPECT_FALSE(manager->userState("u1").resetting);
 }
 
 TEST_F(DataManagerTest, AReplyToADownloadCancelledByAResetIsDropped) {
@@ -138,7 +138,7 @@ TEST_F(DataManagerTest, AReplyToADownloadCancelledByAResetIsDropped) {
     // The cancelled request fails late; the fresh download must not be touched by it.
     stale->reply(YContactNetworkResponse::getResponse(YContactError::networkFailure));
     EXPECT_TRUE(manager->isSyncInProgress("u1"));
-    EXPECT_EQ(manager->resetingYuids().value(), std::vector<std::string>{"u1"});
+    EXPECT_TRUE(manager->userState("u1").resetting);
     EXPECT_TRUE(observer->events().empty());
 
     fresh->reply(page(0, false));
@@ -202,16 +202,15 @@ TEST_F(DataManagerTest, UsageCountsAreStoredPostedAndAnswered) {
 }
 
 TEST_F(DataManagerTest, DestroyInMemoryEmptiesTheSearchMapsButKeepsTheCurrentCache) {
-    ON_CALL(*database, getSuggestionContacts("u1", _, "an", 10))
+    ON_CALL(*database, getSuggestionContacts(_))
         .WillByDefault(Return(std::vector<YSuggestionContact>{YSuggestionContact("c1", "ann@x.test", "Ann", false)}));
     ON_CALL(*network, searchContacts("u1", _, _, _, std::optional<std::string>("a"), _))
         .WillByDefault([](auto&&, auto&&, auto, auto, auto&&, YContactsNetworkContract::SearchCallback callback) {
             callback(contacts({"c2"}));
         });
-    manager->getSuggestionContacts("u1", std::nullopt, "an", 10, std::nullopt, RequestType::local,
+    manager->getSuggestionContacts({.yuid = "u1", .searchStr = "an", .limit = 10, .requestType = RequestType::local},
                                    [](auto&&, auto&&) {});
-    manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
-                         [](auto&&) {});
+    manager->getContacts({.yuid = "u1", .searchStr = "a", .requestType = RequestType::server}, [](auto&&) {});
     ASSERT_EQ(manager->queries()->inMemoryState().currentNetworkKeyword.count("u1"), 1u);
 
     // Which maps are emptied is pinned by the query tests; here, that the data manager reaches its queries.
@@ -225,14 +224,15 @@ TEST_F(DataManagerTest, DestroyInMemoryEmptiesTheSearchMapsButKeepsTheCurrentCac
 TEST_F(DataManagerTest, PhotoRequestsAreAnsweredOnceWithoutAPhoto) {
     LogCapture log;
     int answers = 0;
-    manager->getContactImage("u1", std::nullopt, std::nullopt, "c7", true, std::nullopt, YContactType::user,
-                             [&](std::optional<std::vector<std::uint8_t>> data, std::optional<std::string> path,
-                                 std::optional<std::string> contactId) {
-                                 ++answers;
-                                 EXPECT_EQ(data, std::nullopt);
-                                 EXPECT_EQ(path, std::nullopt);
-                                 EXPECT_EQ(contactId, "c7");
-                             });
+    YGetContactImageRequest request("u1");
+    request.contactId = "c7";
+    manager->getContactImage(request, [&](std::optional<std::vector<std::uint8_t>> data,
+                                          std::optional<std::string> path, std::optional<std::string> contactId) {
+        ++answers;
+        EXPECT_EQ(data, std::nullopt);
+        EXPECT_EQ(path, std::nullopt);
+        EXPECT_EQ(contactId, "c7");
+    });
     EXPECT_EQ(answers, 1);
     EXPECT_TRUE(log.contains("not available in this build"));
 }

@@ -104,8 +104,7 @@ TEST(YContactsDataManagerTimerTest, AServerSearchStartsTheDestroyTimer) {
     const auto network = std::make_shared<NiceMock<FakeContactsNetworkService>>();
     auto manager = std::make_shared<TimedDataManager>(YContactsDataManager::Intervals{3600.0, 0.005},
                                                       std::make_shared<FireLog>(), destroyFires, network);
-    manager->getContacts("u1", std::nullopt, "a", std::nullopt, std::nullopt, std::nullopt, RequestType::server,
-                         [](auto&&) {});
+    manager->getContacts({.yuid = "u1", .searchStr = "a", .requestType = RequestType::server}, [](auto&&) {});
     ASSERT_TRUE(destroyFires->waitFor(1));
     EXPECT_TRUE(allOnQueue(*destroyFires));
 }

@@ -31,10 +31,10 @@ namespace {
 
 using namespace testsupport;
 using ::testing::_;
-using ::testing::Eq;
+using ::testing::AllOf;
+using ::testing::Field;
 using ::testing::InvokeArgument;
 using ::testing::NiceMock;
-using ::testing::Optional;
 using ::testing::StrictMock;
 namespace fs = std::filesystem;
 
@@ -223,21 +223,28 @@ TEST(YContactServiceBuildersTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) 
 
 // What the host gets back is pinned against a real store in YContactServiceStoreTest.
 TEST_F(YContactServiceTest, SuggestionsFromTheNetworkAreSuggestionsAskedOfTheServer) {
-    EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "ann", 20, Eq(std::nullopt),
-                                                    RequestType::preferLocal, _));
-    EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "bob", 5, Optional(true),
-                                                    RequestType::server, _));
+    EXPECT_CALL(*dataManager,
+                getSuggestionContacts(YContactsQuery{.yuid = "u1", .yoid = "o1", .searchStr = "ann", .limit = 20}, _));
+    EXPECT_CALL(*dataManager, getSuggestionContacts(YContactsQuery{.yuid = "u1",
+                                                                   .yoid = "o1",
+                                                                   .searchStr = "bob",
+                                                                   .limit = 5,
+                                                                   .isOrg = true,
+                                                                   .requestType = RequestType::server},
+                                                    _));
     service.getSuggestionContacts("u1", "ann", "o1", 20, std::nullopt, RequestType::preferLocal, nullptr);
     service.getSuggestionContactsFromNetwork("u1", "o1", "bob", 5, true, nullptr);
     ASSERT_TRUE(drainUsecaseQueue());
 }
 
 TEST_F(YContactServiceTest, GetContactImageAsksTheSameWhateverIsOrgSays) {
-    EXPECT_CALL(*dataManager, getContactImage("u1", Optional(std::string("y1")), Optional(std::string("e@x")),
-                                              Optional(std::string("c1")), false, Eq(std::nullopt), YContactType::user,
-                                              _))
+    const auto asked =
+        AllOf(Field(&YGetContactImageRequest::contactYuid, "y1"), Field(&YGetContactImageRequest::emailId, "e@x"),
+              Field(&YGetContactImageRequest::contactId, "c1"), Field(&YGetContactImageRequest::isThumbnail, false),
+              Field(&YGetContactImageRequest::contactType, YContactType::user));
+    EXPECT_CALL(*dataManager, getContactImage(asked, _))
         .Times(3)
-        .WillRepeatedly(InvokeArgument<7>(std::vector<std::uint8_t>{9}, std::string("/p/c1.png"), std::string("c1")));
+        .WillRepeatedly(InvokeArgument<1>(std::vector<std::uint8_t>{9}, std::string("/p/c1.png"), std::string("c1")));
     Received<std::pair<std::optional<std::vector<std::uint8_t>>, std::optional<std::string>>> answers;
     auto collect = [&](std::optional<std::vector<std::uint8_t>> data, std::optional<std::string> path) {
         answers.add({std::move(data), std::move(path)});

@@ -28,13 +28,11 @@ protected:
 };
 
 TEST_F(StoreReadsTest, ListingOrdersByWeightThenNameIgnoringCaseAndPages) {
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt)),
-              (Ids{"amy", "ann", "bob", "carl", "dora"}));
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::nullopt, 1, 2)), (Ids{"ann", "bob"}));
-    EXPECT_EQ(idsOf(store->getContactsList("u1", std::nullopt, std::nullopt, 4, 10)), (Ids{"dora"}));
-    EXPECT_EQ(idsOf(store->getContacts("u1", true, std::nullopt, std::nullopt, std::nullopt)), (Ids{"bob", "carl"}));
-    EXPECT_EQ(idsOf(store->getContacts("u1", false, std::nullopt, std::nullopt, std::nullopt)),
-              (Ids{"amy", "ann", "dora"}));
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1"})), (Ids{"amy", "ann", "bob", "carl", "dora"}));
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .from = 1, .limit = 2})), (Ids{"ann", "bob"}));
+    EXPECT_EQ(idsOf(store->getContactsList({.yuid = "u1", .from = 4, .limit = 10})), (Ids{"dora"}));
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .isOrg = true})), (Ids{"bob", "carl"}));
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .isOrg = false})), (Ids{"amy", "ann", "dora"}));
 }
 
 TEST_F(StoreReadsTest, SearchesWalkThePrefixIndexesInListOrderWithoutSortingTheMatches) {
@@ -91,7 +89,7 @@ TEST_F(StoreReadsTest, SuggestionsGiveOneEntryPerAddressPersonalBeforeOrgAtEqual
     org.contactYuid = "sam-yuid";
     ASSERT_TRUE(store->save("u1", {org, personal}));
 
-    const auto suggestions = store->getSuggestionContacts("u1", std::nullopt, "SA", 10);
+    const auto suggestions = store->getSuggestionContacts({.yuid = "u1", .searchStr = "SA", .limit = 10});
     ASSERT_TRUE(suggestions.has_value());
     ASSERT_EQ(suggestions->size(), 2u);
     EXPECT_EQ(suggestions->at(0).email, "sam@example.com");
@@ -100,10 +98,12 @@ TEST_F(StoreReadsTest, SuggestionsGiveOneEntryPerAddressPersonalBeforeOrgAtEqual
     EXPECT_EQ(suggestions->at(1).yuid, "sam-yuid");
     EXPECT_TRUE(suggestions->at(1).isOrg);
 
-    EXPECT_EQ(store->getSuggestionContacts("u1", true, "sam", 10)->front().contactId, "o-sam");
-    EXPECT_EQ(store->getSuggestionContacts("u1", std::nullopt, "sam", 1)->size(), 1u);
+    EXPECT_EQ(
+        store->getSuggestionContacts({.yuid = "u1", .searchStr = "sam", .limit = 10, .isOrg = true})->front().contactId,
+        "o-sam");
+    EXPECT_EQ(store->getSuggestionContacts({.yuid = "u1", .searchStr = "sam", .limit = 1})->size(), 1u);
     // Only amy's address that matches is offered when the name does not match.
-    const auto byAddress = store->getSuggestionContacts("u1", std::nullopt, "amy@c", 10);
+    const auto byAddress = store->getSuggestionContacts({.yuid = "u1", .searchStr = "amy@c", .limit = 10});
     ASSERT_EQ(byAddress->size(), 1u);
     EXPECT_EQ(byAddress->front().email, "amy@corp.example");
 }
@@ -129,10 +129,10 @@ TEST(StoreWithoutTablesTest, FailingReadsAreAbsentFailingWritesAreFalseAndBothAr
                                    std::filesystem::path("/nonexistent-dir/for/sure/contacts.sqlite"));
     testsupport::LogCapture log;
     EXPECT_FALSE(store.save("u1", {contact("a", "A")}));
-    EXPECT_FALSE(store.getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt).has_value());
+    EXPECT_FALSE(store.getContacts({.yuid = "u1"}).has_value());
     EXPECT_FALSE(store.getContactByContactId("u1", "a").has_value());
     EXPECT_FALSE(store.getContactCount("u1").has_value());
-    EXPECT_FALSE(store.getSuggestionContacts("u1", std::nullopt, "a", 5).has_value());
+    EXPECT_FALSE(store.getSuggestionContacts({.yuid = "u1", .searchStr = "a", .limit = 5}).has_value());
     EXPECT_FALSE(store.getCategories("u1").has_value());
     EXPECT_FALSE(log.messages().empty());
 }
@@ -160,9 +160,9 @@ TEST_F(StoreTest, ChildRowsReachTheirOwnContactInSmallPagesAndWholeListings) {
             EXPECT_EQ(each.phones.front().phoneNumber, "tel-" + each.contactId.substr(3));
         }
     };
-    checkPhones(store->getContacts("u1", std::nullopt, std::nullopt, 3, 20), 20);
-    checkPhones(store->getContacts("u1", std::nullopt, std::nullopt, 0, 300), 300);
-    checkPhones(store->getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt), 2100);
+    checkPhones(store->getContacts({.yuid = "u1", .from = 3, .limit = 20}), 20);
+    checkPhones(store->getContacts({.yuid = "u1", .from = 0, .limit = 300}), 300);
+    checkPhones(store->getContacts({.yuid = "u1"}), 2100);
 }
 
 }  // namespace

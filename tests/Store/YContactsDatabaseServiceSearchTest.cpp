@@ -137,8 +137,10 @@ TEST_F(StoreSearchTest, SearchPagesMatchTheReferenceForEveryTextPopulationAndPag
         for (const auto isOrg : {std::optional<bool>(), std::optional<bool>(true), std::optional<bool>(false)}) {
             for (const auto& [from, limit] : pages) {
                 const auto want = expected(text, isOrg, from, limit);
-                const auto full = store->getContacts("u1", isOrg, text, from, limit);
-                const auto light = store->getContactsList("u1", isOrg, text, from, limit);
+                const auto full =
+                    store->getContacts({.yuid = "u1", .searchStr = text, .from = from, .limit = limit, .isOrg = isOrg});
+                const auto light = store->getContactsList(
+                    {.yuid = "u1", .searchStr = text, .from = from, .limit = limit, .isOrg = isOrg});
                 ASSERT_TRUE(full.has_value() && light.has_value());
                 EXPECT_EQ(idsOf(full), want) << "'" << text << "' from " << from.value_or(-1) << " limit "
                                              << limit.value_or(-1) << " isOrg " << isOrg.value_or(-1);
@@ -156,7 +158,7 @@ TEST_F(StoreSearchTest, UsageCountsReorderSearchesAndDeletedContactsLeaveThem) {
     }
     ASSERT_TRUE(store->updateContactsUsageCount("u1", usage));
     for (const char* text : {"a", "ann", "nick"}) {
-        EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string(text), 2, 20)),
+        EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .searchStr = text, .from = 2, .limit = 20})),
                   expected(text, std::nullopt, 2, 20))
             << text;
     }
@@ -164,7 +166,7 @@ TEST_F(StoreSearchTest, UsageCountsReorderSearchesAndDeletedContactsLeaveThem) {
     const Ids removed{contacts[0].contactId, contacts[1].contactId, contacts[2].contactId};
     ASSERT_TRUE(store->deleteContacts("u1", removed));
     contacts.erase(contacts.begin(), contacts.begin() + 3);
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string("a"), std::nullopt, std::nullopt)),
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .searchStr = "a"})),
               expected("a", std::nullopt, std::nullopt, std::nullopt));
 
     ASSERT_TRUE(store->deleteAllDetails("u1"));
@@ -208,7 +210,8 @@ TEST_F(StoreSearchTest, SuggestionsMatchTheReferenceOneEntryPerAddressAtItsBestC
         for (const auto isOrg : {std::optional<bool>(), std::optional<bool>(true)}) {
             // 60 addresses need several batches of contacts, since many contacts have no address.
             for (const int limit : {1, 10, 60}) {
-                const auto suggestions = store->getSuggestionContacts("u1", isOrg, text, limit);
+                const auto suggestions =
+                    store->getSuggestionContacts({.yuid = "u1", .searchStr = text, .limit = limit, .isOrg = isOrg});
                 ASSERT_TRUE(suggestions.has_value());
                 std::vector<std::pair<std::string, std::string>> got;
                 for (const auto& each : *suggestions) got.emplace_back(each.email, each.contactId);
@@ -227,7 +230,12 @@ TEST_F(StoreSearchTest, OrgSuggestionsMatchTheReferenceWithAndWithoutNickNamesAn
                     if (!each.isOrg || (withoutGroups && each.type == YContactType::group)) continue;
                     if (text.empty() || matches(each, text, withNickNames)) found.push_back(each);
                 }
-                EXPECT_EQ(idsOf(store->getOrgContactSuggestions("u1", text, 2, 15, withoutGroups, withNickNames)),
+                EXPECT_EQ(idsOf(store->getOrgContactSuggestions({.yuid = "u1",
+                                                                 .searchStr = text,
+                                                                 .from = 2,
+                                                                 .limit = 15,
+                                                                 .excludeGroups = withoutGroups,
+                                                                 .shouldSearchNickname = withNickNames})),
                           page(found, 2, 15))
                     << "'" << text << "' nick " << withNickNames << " groups out " << withoutGroups;
             }
@@ -245,21 +253,18 @@ TEST_F(StoreTest, DisplayNameIsStoredListedBySearchedAndAbsentStaysAbsent) {
     EXPECT_EQ(store->getContactByContactId("u1", "named")->displayName, "Aaron the Builder");
     EXPECT_FALSE(store->getContactByContactId("u1", "plain")->displayName.has_value());
     // Listed by its display name, found by it and still by its own names.
-    EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt)),
-              (Ids{"named", "plain"}));
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1"})), (Ids{"named", "plain"}));
     for (const char* text : {"aaron t", "ZED Y", "you"}) {
-        EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, std::string(text), std::nullopt, std::nullopt)),
-                  (Ids{"named"}))
-            << text;
+        EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .searchStr = text})), (Ids{"named"})) << text;
     }
-    EXPECT_EQ(store->getContactsList("u1", std::nullopt, std::string("aaron"), 0, 5)->front().displayName,
+    EXPECT_EQ(store->getContactsList({.yuid = "u1", .searchStr = "aaron", .from = 0, .limit = 5})->front().displayName,
               "Aaron the Builder");
 
     // A later save without it clears it, and the search by it.
     named.displayName.reset();
     ASSERT_TRUE(store->save("u1", {named}));
     EXPECT_FALSE(store->getContactByContactId("u1", "named")->displayName.has_value());
-    EXPECT_TRUE(store->getContacts("u1", std::nullopt, std::string("aaron"), std::nullopt, std::nullopt)->empty());
+    EXPECT_TRUE(store->getContacts({.yuid = "u1", .searchStr = "aaron"})->empty());
 }
 
 TEST_F(StoreTest, ListFormCarriesWhatAListShowsAndLeavesTheRestOut) {
@@ -276,13 +281,13 @@ TEST_F(StoreTest, ListFormCarriesWhatAListShowsAndLeavesTheRestOut) {
     expectedLight.gender.reset();
 
     for (const auto& searchStr : {std::optional<std::string>(), std::optional<std::string>("ann")}) {
-        const auto listed = store->getContactsList("u1", std::nullopt, searchStr, std::nullopt, std::nullopt);
+        const auto listed = store->getContactsList({.yuid = "u1", .searchStr = searchStr});
         ASSERT_TRUE(listed.has_value());
         ASSERT_EQ(listed->size(), 1u);
         EXPECT_TRUE(testing::sameContactFields(expectedLight, listed->front()));
     }
     // The full form still has everything.
-    const auto full = store->getContacts("u1", std::nullopt, std::string("ann"), std::nullopt, std::nullopt);
+    const auto full = store->getContacts({.yuid = "u1", .searchStr = "ann"});
     ASSERT_EQ(full->size(), 1u);
     EXPECT_TRUE(testing::sameContactFields(rich, full->front()));
 }
@@ -292,9 +297,9 @@ TEST_F(StoreTest, AContactSavedTwiceInOnePageIsSearchedAsItsLastVersion) {
     YContact second = withEmail(contact("dup", "Later", 0, true), "later@example.com");
     ASSERT_TRUE(store->save("u1", {first, second}));
 
-    EXPECT_TRUE(store->getContacts("u1", std::nullopt, std::string("early"), std::nullopt, std::nullopt)->empty());
-    EXPECT_EQ(idsOf(store->getContacts("u1", true, std::string("later"), std::nullopt, std::nullopt)), (Ids{"dup"}));
-    EXPECT_TRUE(store->getContacts("u1", false, std::string("later"), std::nullopt, std::nullopt)->empty());
+    EXPECT_TRUE(store->getContacts({.yuid = "u1", .searchStr = "early"})->empty());
+    EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .searchStr = "later", .isOrg = true})), (Ids{"dup"}));
+    EXPECT_TRUE(store->getContacts({.yuid = "u1", .searchStr = "later", .isOrg = false})->empty());
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ TEST_F(StoreWritesTest, EveryStoredFieldSurvivesSaveAndRead) {
     const YContact& expected = original;
     EXPECT_TRUE(sameContactFields(expected, *read));
 
-    const auto listed = store->getContacts("u1", std::nullopt, std::nullopt, std::nullopt, std::nullopt);
+    const auto listed = store->getContacts({.yuid = "u1"});
     ASSERT_TRUE(listed.has_value());
     ASSERT_EQ(listed->size(), 1u);
     EXPECT_TRUE(sameContactFields(expected, listed->front()));
@@ -106,8 +106,7 @@ TEST_F(StoreWritesTest, AnyIdIsStoredFoundUpdatedAndDeletedExactlyAndTouchesNoOt
         ASSERT_TRUE(read.has_value());
         EXPECT_EQ(read->contactId, id);
         EXPECT_EQ(read->emails.size(), 1u);
-        EXPECT_EQ(idsOf(store->getContacts("u1", std::nullopt, "hostile", std::nullopt, std::nullopt)),
-                  std::vector<std::string>{id});
+        EXPECT_EQ(idsOf(store->getContacts({.yuid = "u1", .searchStr = "hostile"})), std::vector<std::string>{id});
 
         ASSERT_TRUE(store->updateContacts("u1", {contact(id, "Changed")}));
         ASSERT_TRUE(store->updateContactsUsageCount("u1", {{id, "42"}}));

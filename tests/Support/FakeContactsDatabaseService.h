@@ -32,14 +32,8 @@ public:
     MOCK_METHOD(bool, updateContacts, (const std::string&, const std::vector<YContact>&), (override));
     MOCK_METHOD(bool, deleteContacts, (const std::string&, const std::vector<std::string>&), (override));
     MOCK_METHOD(bool, updateContactId, (const std::string&, const std::string&, const std::string&), (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts,
-                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
-                 std::optional<int>),
-                (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsList,
-                (const std::string&, std::optional<bool>, const std::optional<std::string>&, std::optional<int>,
-                 std::optional<int>),
-                (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContacts, (const YContactsQuery&), (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsList, (const YContactsQuery&), (override));
     MOCK_METHOD(std::optional<std::vector<YContact>>, getContactsFromEmailIds,
                 (const std::string&, const std::vector<std::string>&, std::optional<bool>), (override));
     MOCK_METHOD(std::optional<YContact>, getContactByEmailId, (const std::string&, const std::string&, bool),
@@ -49,11 +43,9 @@ public:
     MOCK_METHOD(std::optional<YContact>, getContactByContactId, (const std::string&, const std::string&),
                 (override));
     MOCK_METHOD(bool, deleteAllDetails, (const std::string&), (override));
-    MOCK_METHOD(std::optional<std::vector<YSuggestionContact>>, getSuggestionContacts,
-                (const std::string&, std::optional<bool>, const std::string&, int), (override));
-    MOCK_METHOD(std::optional<std::vector<YContact>>, getOrgContactSuggestions,
-                (const std::string&, const std::optional<std::string>&, std::optional<int>, int, bool, bool),
+    MOCK_METHOD(std::optional<std::vector<YSuggestionContact>>, getSuggestionContacts, (const YContactsQuery&),
                 (override));
+    MOCK_METHOD(std::optional<std::vector<YContact>>, getOrgContactSuggestions, (const YContactsQuery&), (override));
     MOCK_METHOD(bool, fixPersonalContacts, (const std::string&), (override));
     MOCK_METHOD(bool, updateContactsUsageCount, (const std::string&, (const std::map<std::string, std::string>&)),
                 (override));

@@ -23,36 +23,13 @@ public:
     MOCK_METHOD(void, resetAndStart, (const std::string&, const std::optional<std::string>&), (override));
     MOCK_METHOD(std::optional<double>, lastUpdatedTime, (const std::string&), (override));
     MOCK_METHOD(bool, isSyncInProgress, (const std::string&), (override));
-    MOCK_METHOD(void, getContacts,
-                (const std::string&, const std::optional<std::string>&, const std::optional<std::string>&,
-                 std::optional<int>, std::optional<int>, std::optional<bool>, RequestType, ContactsCallback),
-                (override));
-    MOCK_METHOD(void, getContactsList,
-                (const std::string&, const std::optional<std::string>&, const std::optional<std::string>&,
-                 std::optional<int>, std::optional<int>, std::optional<bool>, RequestType, ContactsCallback),
-                (override));
-    MOCK_METHOD(void, getContactsFromIds,
-                (const std::string&, const std::optional<std::vector<std::string>>&,
-                 const std::optional<std::vector<std::string>>&, const std::optional<std::vector<std::string>>&,
-                 std::optional<bool>, RequestType, ContactsCallback),
-                (override));
-    MOCK_METHOD(void, getContact,
-                (const std::string&, const std::optional<std::string>&, const std::optional<std::string>&,
-                 const std::optional<std::string>&, bool, ContactCallback),
-                (override));
-    MOCK_METHOD(void, getContactImage,
-                (const std::string&, const std::optional<std::string>&, const std::optional<std::string>&,
-                 const std::optional<std::string>&, bool, const std::optional<YActivityMetaData>&, YContactType,
-                 ImageHandler),
-                (override));
-    MOCK_METHOD(void, getSuggestionContacts,
-                (const std::string&, const std::optional<std::string>&, const std::string&, int, std::optional<bool>,
-                 RequestType, SuggestionsCallback),
-                (override));
-    MOCK_METHOD(void, getOrgContactSuggestions,
-                (const std::string&, const std::optional<std::string>&, std::optional<int>, int, bool, bool,
-                 OrgSuggestionsCallback),
-                (override));
+    MOCK_METHOD(void, getContacts, (const YContactsQuery&, ContactsCallback), (override));
+    MOCK_METHOD(void, getContactsList, (const YContactsQuery&, ContactsCallback), (override));
+    MOCK_METHOD(void, getContactsFromIds, (const YGetContactsFromIdsRequest&, ContactsCallback), (override));
+    MOCK_METHOD(void, getContact, (const YGetContactRequest&, ContactCallback), (override));
+    MOCK_METHOD(void, getContactImage, (const YGetContactImageRequest&, ImageHandler), (override));
+    MOCK_METHOD(void, getSuggestionContacts, (const YContactsQuery&, SuggestionsCallback), (override));
+    MOCK_METHOD(void, getOrgContactSuggestions, (const YContactsQuery&, OrgSuggestionsCallback), (override));
     MOCK_METHOD(void, getUsageCount, (const std::string&, UsageCountCallback), (override));
     MOCK_METHOD(void, removeAllData, (const std::string&), (override));
     MOCK_METHOD(bool, wasInitialDownloadCompleted, (const std::string&, const std::optional<std::string>&),

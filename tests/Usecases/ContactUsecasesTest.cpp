@@ -14,7 +14,6 @@
 #include "ycontacts/Contacts/Domain/Usecases/YGetContact.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactImage.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContacts.h"
-#include "ycontacts/Contacts/Domain/Usecases/YGetContactsFromIds.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactsList.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetOrgContactSuggestions.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetSuggestionContacts.h"
@@ -26,9 +25,7 @@ namespace {
 using namespace testsupport;
 using ::testing::_;
 using ::testing::DoAll;
-using ::testing::Eq;
 using ::testing::InvokeArgument;
-using ::testing::Optional;
 using ::testing::StrictMock;
 using Ids = std::vector<std::string>;
 using Contacts = std::vector<YContact>;
@@ -53,7 +50,7 @@ protected:
         std::make_shared<StrictMock<FakeContactsDataManager>>();
 };
 
-TEST_F(ContactUsecasesTest, GetContactsPassesEveryFieldAndDeliversEachAnswerInOrder) {
+TEST_F(ContactUsecasesTest, GetContactsAsksTheRequestsQueryAndDeliversEachAnswerInOrder) {
     auto usecase = std::make_shared<YGetContacts>(dataManager);
     YGetContactsRequest request("u1");
     request.yoid = "o1";
@@ -63,11 +60,17 @@ TEST_F(ContactUsecasesTest, GetContactsPassesEveryFieldAndDeliversEachAnswerInOr
     request.isOrg = true;
     request.requestType = RequestType::both;
     // A local answer first, then the server's, then a failed one: each reaches the host as it came.
-    EXPECT_CALL(*dataManager, getContacts("u1", Optional(std::string("o1")), Optional(std::string("ann")),
-                                          Optional(40), Optional(20), Optional(true), RequestType::both, _))
-        .WillOnce(DoAll(InvokeArgument<7>(Contacts{YContact("1", "Ann", 0)}),
-                        InvokeArgument<7>(Contacts{YContact("1", "Ann", 0), YContact("2", "Annie", 0)}),
-                        InvokeArgument<7>(std::nullopt)));
+    EXPECT_CALL(*dataManager, getContacts(YContactsQuery{.yuid = "u1",
+                                                         .yoid = "o1",
+                                                         .searchStr = "ann",
+                                                         .from = 40,
+                                                         .limit = 20,
+                                                         .isOrg = true,
+                                                         .requestType = RequestType::both},
+                                          _))
+        .WillOnce(DoAll(InvokeArgument<1>(Contacts{YContact("1", "Ann", 0)}),
+                        InvokeArgument<1>(Contacts{YContact("1", "Ann", 0), YContact("2", "Annie", 0)}),
+                        InvokeArgument<1>(std::nullopt)));
 
     const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 3);
 
@@ -78,30 +81,12 @@ TEST_F(ContactUsecasesTest, GetContactsListUsesTheListQueryWithTheSameFields) {
     auto usecase = std::make_shared<YGetContactsList>(dataManager);
     YGetContactsRequest request("u2");
     request.from = 0;
-    EXPECT_CALL(*dataManager, getContactsList("u2", Eq(std::nullopt), Eq(std::nullopt), Optional(0), Eq(std::nullopt),
-                                              Eq(std::nullopt), RequestType::preferLocal, _))
-        .WillOnce(InvokeArgument<7>(Contacts{YContact("7", "Bo", 0)}));
+    EXPECT_CALL(*dataManager, getContactsList(request.query(), _))
+        .WillOnce(InvokeArgument<1>(Contacts{YContact("7", "Bo", 0)}));
 
     const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 1);
 
     EXPECT_EQ(idsOfEach(got), std::vector<Ids>{{"7"}});
-}
-
-TEST_F(ContactUsecasesTest, GetContactsFromIdsPassesTheThreeIdListsInOrder) {
-    auto usecase = std::make_shared<YGetContactsFromIds>(dataManager);
-    YGetContactsFromIdsRequest request("u1");
-    request.contactIds = Ids{"c1"};
-    request.emailIds = Ids{"a@x", "b@x"};
-    request.contactYuids = Ids{"y1"};
-    request.isOrg = false;
-    request.requestType = RequestType::local;
-    EXPECT_CALL(*dataManager, getContactsFromIds("u1", Optional(Ids{"c1"}), Optional(Ids{"a@x", "b@x"}),
-                                                 Optional(Ids{"y1"}), Optional(false), RequestType::local, _))
-        .WillOnce(InvokeArgument<6>(Contacts{YContact("c1", "Cy", 0)}));
-
-    const auto got = responsesOf<YGetContactsResponse>(*usecase, request, 1);
-
-    EXPECT_EQ(idsOfEach(got), std::vector<Ids>{{"c1"}});
 }
 
 TEST_F(ContactUsecasesTest, SuggestionResponseCarriesTheSearchTextTheDataManagerAnsweredFor) {
@@ -112,10 +97,9 @@ TEST_F(ContactUsecasesTest, SuggestionResponseCarriesTheSearchTextTheDataManager
     request.requestType = RequestType::server;
     // First an answer for the shorter text typed a moment earlier.
     const std::vector<YSuggestionContact> earlier{YSuggestionContact("1", "ann@x", "Ann", true)};
-    EXPECT_CALL(*dataManager, getSuggestionContacts("u1", Optional(std::string("o1")), "anna", 20, Optional(true),
-                                                    RequestType::server, _))
-        .WillOnce(DoAll(InvokeArgument<6>(std::string("ann"), earlier),
-                        InvokeArgument<6>(std::string("anna"), std::nullopt)));
+    EXPECT_CALL(*dataManager, getSuggestionContacts(request.query(), _))
+        .WillOnce(DoAll(InvokeArgument<1>(std::string("ann"), earlier),
+                        InvokeArgument<1>(std::string("anna"), std::nullopt)));
 
     const auto got = responsesOf<YGetSuggestionContactsResponse>(*usecase, request, 2);
 
@@ -128,15 +112,12 @@ TEST_F(ContactUsecasesTest, SuggestionResponseCarriesTheSearchTextTheDataManager
     EXPECT_FALSE(got[1].contacts.has_value());
 }
 
-TEST_F(ContactUsecasesTest, OrgSuggestionsPassTheirOwnFieldsAndTheAnsweredSearchText) {
+TEST_F(ContactUsecasesTest, OrgSuggestionsCarryTheAnsweredSearchText) {
     auto usecase = std::make_shared<YGetOrgContactSuggestions>(dataManager);
     YGetOrgContactSuggestionsRequest request("u1");
     request.searchStr = "bo";
-    request.from = 10;
-    request.shouldSearchNickname = true;
-    EXPECT_CALL(*dataManager,
-                getOrgContactSuggestions("u1", Optional(std::string("bo")), Optional(10), 100, true, true, _))
-        .WillOnce(InvokeArgument<6>(std::nullopt, Contacts{YContact("9", "Bob", 0)}));
+    EXPECT_CALL(*dataManager, getOrgContactSuggestions(request.query(), _))
+        .WillOnce(InvokeArgument<1>(std::nullopt, Contacts{YContact("9", "Bob", 0)}));
 
     const auto got = responsesOf<YGetOrgContactSuggestionsResponse>(*usecase, request, 1);
 
@@ -145,16 +126,11 @@ TEST_F(ContactUsecasesTest, OrgSuggestionsPassTheirOwnFieldsAndTheAnsweredSearch
     EXPECT_EQ(idsOf(got[0].contacts), Ids{"9"});
 }
 
-TEST_F(ContactUsecasesTest, GetContactPassesItsIdsInTheDataManagersOrderAndLeavesErrorEmpty) {
+TEST_F(ContactUsecasesTest, GetContactLeavesTheErrorEmpty) {
     auto usecase = std::make_shared<YGetContact>(dataManager);
-    YGetContactRequest request("u1");
-    request.emailId = "e@x";
-    request.contactId = "c9";
-    request.contactYuid = "y9";
-    request.preferPersonalInfo = true;
-    EXPECT_CALL(*dataManager, getContact("u1", Optional(std::string("c9")), Optional(std::string("y9")),
-                                         Optional(std::string("e@x")), true, _))
-        .WillOnce(DoAll(InvokeArgument<5>(YContact("c9", "Cee", 0)), InvokeArgument<5>(std::nullopt)));
+    EXPECT_CALL(*dataManager, getContact(_, _))
+        .WillOnce(DoAll(InvokeArgument<1>(YContact("c9", "Cee", 0)), InvokeArgument<1>(std::nullopt)));
+    const YGetContactRequest request("u1");
 
     const auto got = responsesOf<YGetContactResponse>(*usecase, request, 2);
 
@@ -172,17 +148,9 @@ TEST_F(ContactUsecasesTest, GetContactImageMapsTheHandlersThreeValuesAndItsCopyS
     EXPECT_EQ(usecase->dataManager, original->dataManager);
     EXPECT_NE(usecase, original);
 
-    YGetContactImageRequest request("u1");
-    request.emailId = "e@x";
-    request.contactId = "c1";
-    request.contactYuid = "y1";
-    request.isThumbnail = false;
-    request.metaData = YActivityMetaData("photo");
-    request.contactType = YContactType::group;
-    EXPECT_CALL(*dataManager, getContactImage("u1", Optional(std::string("y1")), Optional(std::string("e@x")),
-                                              Optional(std::string("c1")), false, Optional(YActivityMetaData("photo")),
-                                              YContactType::group, _))
-        .WillOnce(InvokeArgument<7>(std::vector<std::uint8_t>{1, 2, 3}, std::string("/photos/u1_normal/c1.png"),
+    const YGetContactImageRequest request("u1");
+    EXPECT_CALL(*dataManager, getContactImage(_, _))
+        .WillOnce(InvokeArgument<1>(std::vector<std::uint8_t>{1, 2, 3}, std::string("/photos/u1_normal/c1.png"),
                                     std::string("c1")));
 
     const auto got = responsesOf<YGetContactImageResponse>(*usecase, request, 1);
@@ -211,10 +179,8 @@ TEST_F(ContactUsecasesTest, UsecaseReleasedBeforeTheDataManagerAnswersNeverCalls
     auto usecase = std::make_shared<YGetContacts>(dataManager);
     std::promise<YContactsDataManagerContract::ContactsCallback> pending;
     auto pendingAnswer = pending.get_future();
-    EXPECT_CALL(*dataManager, getContacts("u1", _, _, _, _, _, _, _))
-        .WillOnce([&](auto&&, auto&&, auto&&, auto, auto, auto, auto, YContactsDataManagerContract::ContactsCallback cb) {
-            pending.set_value(std::move(cb));
-        });
+    EXPECT_CALL(*dataManager, getContacts(_, _))
+        .WillOnce([&](auto&&, YContactsDataManagerContract::ContactsCallback cb) { pending.set_value(std::move(cb)); });
     Received<YGetContactsResponse> responses;
     usecase->execute(YGetContactsRequest("u1"), [&](const YGetContactsResponse& response) { responses.add(response); });
     ASSERT_TRUE(becomesReady(pendingAnswer));

@@ -50,16 +50,12 @@ public:
     // skipped, at most `limit` returned. With a search text: the same, limited to contacts whose full,
     // display, last or nick name, primary e-mail or one of whose e-mail addresses begins with the text
     // ignoring ASCII case; each contact once.
-    std::optional<std::vector<YContact>> getContacts(const std::string& yuid, std::optional<bool> isOrg,
-                                                     const std::optional<std::string>& searchStr,
-                                                     std::optional<int> from, std::optional<int> limit) override;
+    std::optional<std::vector<YContact>> getContacts(const YContactsQuery& query) override;
     // The same contacts in the same order as getContacts, in a lighter form for showing a list: names,
     // display name, e-mail addresses, phone numbers, photo, type, user id, weightage, company, job title and
     // designation. Home and work addresses, web and IM addresses, categories, birthday, notes and gender
     // are left absent (or empty).
-    std::optional<std::vector<YContact>> getContactsList(const std::string& yuid, std::optional<bool> isOrg,
-                                                         const std::optional<std::string>& searchStr,
-                                                         std::optional<int> from, std::optional<int> limit) override;
+    std::optional<std::vector<YContact>> getContactsList(const YContactsQuery& query) override;
     // Contacts holding any of the addresses (ignoring case), each once, in list order.
     std::optional<std::vector<YContact>> getContactsFromEmailIds(const std::string& yuid,
                                                                  const std::vector<std::string>& emailIds,
@@ -73,18 +69,11 @@ public:
     // One suggestion per e-mail address of the matching contacts: by weightage, personal before org,
     // then display name, then id; a contact's own addresses primary first, then in saved order. A contact
     // matching by name offers all its addresses, otherwise only the matching ones. An empty text matches
-    // every contact by name.
-    std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const std::string& yuid,
-                                                                         std::optional<bool> isOrg,
-                                                                         const std::string& searchStr,
-                                                                         int limit) override;
+    // every contact by name. Without a limit every address is offered.
+    std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const YContactsQuery& query) override;
     // Org contacts in list order, optionally matching a search text; nick names are searched only when
     // asked, and group entries are left out when excludeGroups is set.
-    std::optional<std::vector<YContact>> getOrgContactSuggestions(const std::string& yuid,
-                                                                  const std::optional<std::string>& searchStr,
-                                                                  std::optional<int> offset, int limit,
-                                                                  bool excludeGroups,
-                                                                  bool shouldSearchNickname) override;
+    std::optional<std::vector<YContact>> getOrgContactSuggestions(const YContactsQuery& query) override;
     [[nodiscard]] bool fixPersonalContacts(const std::string& yuid) override;
     // All the counts in one transaction; a count for an id the user does not have changes nothing.
     [[nodiscard]] bool updateContactsUsageCount(const std::string& yuid,
@@ -160,10 +149,7 @@ private:
     // child rows come from the same state of it and the read takes the read lock once.
     template <typename Result>
     std::optional<Result> onOneSnapshot(const std::function<std::optional<Result>()>& read) const;
-    std::optional<std::vector<YContact>> listContacts(const std::string& yuid, std::optional<bool> isOrg,
-                                                      const std::optional<std::string>& searchStr,
-                                                      std::optional<int> from, std::optional<int> limit,
-                                                      bool listForm) const;
+    std::optional<std::vector<YContact>> listContacts(const YContactsQuery& query, bool listForm) const;
 };
 
 }  // namespace ycontacts

@@ -280,44 +280,37 @@ std::optional<YContact> YContactsDatabaseService::selectFirstContact(const std::
     });
 }
 
-std::optional<std::vector<YContact>> YContactsDatabaseService::listContacts(
-    const std::string& yuid, std::optional<bool> isOrg, const std::optional<std::string>& searchStr,
-    std::optional<int> from, std::optional<int> limit, bool listForm) const {
+std::optional<std::vector<YContact>> YContactsDatabaseService::listContacts(const YContactsQuery& query,
+                                                                            bool listForm) const {
     const std::string columns = listForm ? listFormColumns() : std::string("d.*");
     const ChildTables wanted = listForm ? listFormChildTables : allChildTables;
-    const std::int64_t skip = std::max(0, from.value_or(0));
+    const std::int64_t skip = std::max(0, query.from.value_or(0));
     return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
-        if (searchStr && !searchStr->empty()) {
-            const auto page = searchPage(yuid, isOrg, *searchStr, true, false, skip, limit);
+        if (query.searchStr && !query.searchStr->empty()) {
+            const auto page = searchPage(query.yuid, query.isOrg, *query.searchStr, true, false, skip, query.limit);
             if (!page) return std::nullopt;
-            const auto rows = detailRows(yuid, *page, columns);
+            const auto rows = detailRows(query.yuid, *page, columns);
             if (!rows) return std::nullopt;
             return contactsWithChildren(*rows, wanted);
         }
-        std::vector<YSqliteValue> bindings{yuid};
+        std::vector<YSqliteValue> bindings{query.yuid};
         std::string sql = "SELECT " + columns + " FROM YContactDetail d WHERE d.yuid = ?";
-        if (isOrg) {
+        if (query.isOrg) {
             sql += " AND d.isOrg = ?";
-            bindings.emplace_back(*isOrg);
+            bindings.emplace_back(*query.isOrg);
         }
         sql += listOrder + " LIMIT ? OFFSET ?";
-        bindings.insert(bindings.end(), {static_cast<std::int64_t>(limit.value_or(-1)), skip});
+        bindings.insert(bindings.end(), {static_cast<std::int64_t>(query.limit.value_or(-1)), skip});
         return selectContacts(sql, bindings, wanted);
     });
 }
 
-std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const std::string& yuid,
-                                                                          std::optional<bool> isOrg,
-                                                                          const std::optional<std::string>& searchStr,
-                                                                          std::optional<int> from,
-                                                                          std::optional<int> limit) {
-    return listContacts(yuid, isOrg, searchStr, from, limit, false);
+std::optional<std::vector<YContact>> YContactsDatabaseService::getContacts(const YContactsQuery& query) {
+    return listContacts(query, false);
 }
 
-std::optional<std::vector<YContact>> YContactsDatabaseService::getContactsList(
-    const std::string& yuid, std::optional<bool> isOrg, const std::optional<std::string>& searchStr,
-    std::optional<int> from, std::optional<int> limit) {
-    return listContacts(yuid, isOrg, searchStr, from, limit, true);
+std::optional<std::vector<YContact>> YContactsDatabaseService::getContactsList(const YContactsQuery& query) {
+    return listContacts(query, true);
 }
 
 std::optional<YContactsDatabaseContract::ContactCount> YContactsDatabaseService::getContactCount(
@@ -394,7 +387,11 @@ std::optional<YContact> YContactsDatabaseService::getContactByContactId(const st
 }
 
 std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSuggestionContacts(
-    const std::string& yuid, std::optional<bool> isOrg, const std::string& searchStr, int limit) {
+    const YContactsQuery& query) {
+    const std::string& yuid = query.yuid;
+    const std::optional<bool> isOrg = query.isOrg;
+    const std::string searchStr = query.searchStr.value_or("");
+    const int limit = query.limit.value_or(-1);
     return onOneSnapshot<std::vector<YSuggestionContact>>([&]() -> std::optional<std::vector<YSuggestionContact>> {
         // One address's entry, with the keys that rank it: weightage, personal before org, name, id, and then
         // the order of the contact's addresses.
@@ -462,22 +459,21 @@ std::optional<std::vector<YSuggestionContact>> YContactsDatabaseService::getSugg
     });
 }
 
-std::optional<std::vector<YContact>> YContactsDatabaseService::getOrgContactSuggestions(
-    const std::string& yuid, const std::optional<std::string>& searchStr, std::optional<int> offset, int limit,
-    bool excludeGroups, bool shouldSearchNickname) {
+std::optional<std::vector<YContact>> YContactsDatabaseService::getOrgContactSuggestions(const YContactsQuery& query) {
     return onOneSnapshot<std::vector<YContact>>([&]() -> std::optional<std::vector<YContact>> {
-        const std::int64_t skip = std::max(0, offset.value_or(0));
-        if (searchStr && !searchStr->empty()) {
-            const auto page = searchPage(yuid, true, *searchStr, shouldSearchNickname, excludeGroups, skip, limit);
+        const std::int64_t skip = std::max(0, query.from.value_or(0));
+        if (query.searchStr && !query.searchStr->empty()) {
+            const auto page = searchPage(query.yuid, true, *query.searchStr, query.shouldSearchNickname,
+                                         query.excludeGroups, skip, query.limit);
             if (!page) return std::nullopt;
-            const auto rows = detailRows(yuid, *page, "d.*");
+            const auto rows = detailRows(query.yuid, *page, "d.*");
             if (!rows) return std::nullopt;
             return contactsWithChildren(*rows, allChildTables);
         }
         std::string sql = "SELECT * FROM YContactDetail WHERE yuid = ? AND isOrg = 1";
-        if (excludeGroups) sql += " AND type IS NOT 'group'";
+        if (query.excludeGroups) sql += " AND type IS NOT 'group'";
         sql += listOrder + " LIMIT ? OFFSET ?";
-        return selectContacts(sql, {yuid, static_cast<std::int64_t>(limit), skip});
+        return selectContacts(sql, {query.yuid, static_cast<std::int64_t>(query.limit.value_or(-1)), skip});
     });
 }
 

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "ycontacts/Platform/MarloComponents/Logger.h"
@@ -10,12 +11,11 @@
 
 namespace ycontacts {
 
-// A use case lives in a std::shared_ptr. A subclass implements run(); its completions hold the use case
-// through weakSelf() and, when it still lives, deliver with invoke():
+// A use case lives in a std::shared_ptr. A subclass implements run(), usually with askAndDeliver():
 //
-//     source->fetch([this, weak = weakSelf(), callback](Answer answer) {
-//         if (const auto alive = weak.lock()) invoke(callback, makeResponse(answer));
-//     });
+//     askAndDeliver("YGetThing", dataManager, request, std::move(callback),
+//                   [&](auto& manager, auto reply) { manager.getThing(request, std::move(reply)); },
+//                   [](std::optional<Thing> thing) { return YGetThingResponse(std::move(thing)); });
 template <class Request, class Response>
 class YUsecase : public std::enable_shared_from_this<YUsecase<Request, Response>> {
 public:
@@ -45,6 +45,24 @@ protected:
     // Delivers on the calling thread, not through a queue, so several answers to one request keep their order.
     void invoke(const Callback& callback, const Response& response) {
         if (callback) callback(response);
+    }
+
+    // The body of a use case that asks one source. Without the source the request is dropped with a warning
+    // naming the use case. Otherwise `ask(*source, reply)` runs; each answer the source gives `reply` is
+    // turned into a response by `respond` and delivered, as long as the use case lives (a released use case
+    // never calls back).
+    template <class Source, class Ask, class Respond>
+    void askAndDeliver(const char* name, const std::shared_ptr<Source>& source, const Request& request,
+                       Callback callback, Ask&& ask, Respond respond) {
+        if (!source) {
+            Logger::shared().warning(std::string(name) + " has no data manager; dropped the request of " +
+                                     request.yuid);
+            return;
+        }
+        std::forward<Ask>(ask)(*source, [this, weak = weakSelf(), callback = std::move(callback),
+                                         respond = std::move(respond)](auto&&... answer) {
+            if (const auto alive = weak.lock()) invoke(callback, respond(std::forward<decltype(answer)>(answer)...));
+        });
     }
 
     std::weak_ptr<YUsecase> weakSelf() { return this->weak_from_this(); }

@@ -11,6 +11,7 @@
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
+#include "ycontacts/Contacts/Domain/YContactsQuery.h"
 
 namespace ycontacts {
 
@@ -31,13 +32,9 @@ public:
                                               const std::vector<std::string>& contactIds) = 0;
     [[nodiscard]] virtual bool updateContactId(const std::string& yuid, const std::string& oldContactId,
                                                const std::string& newContactId) = 0;
-    virtual std::optional<std::vector<YContact>> getContacts(const std::string& yuid, std::optional<bool> isOrg,
-                                                             const std::optional<std::string>& searchStr,
-                                                             std::optional<int> from, std::optional<int> limit) = 0;
-    virtual std::optional<std::vector<YContact>> getContactsList(const std::string& yuid, std::optional<bool> isOrg,
-                                                                 const std::optional<std::string>& searchStr,
-                                                                 std::optional<int> from,
-                                                                 std::optional<int> limit) = 0;
+    // The query's user, population, search text, from and limit.
+    virtual std::optional<std::vector<YContact>> getContacts(const YContactsQuery& query) = 0;
+    virtual std::optional<std::vector<YContact>> getContactsList(const YContactsQuery& query) = 0;
     virtual std::optional<std::vector<YContact>> getContactsFromEmailIds(const std::string& yuid,
                                                                          const std::vector<std::string>& emailIds,
                                                                          std::optional<bool> isOrg) = 0;
@@ -47,15 +44,10 @@ public:
                                                             const std::string& contactYuid) = 0;
     virtual std::optional<YContact> getContactByContactId(const std::string& yuid, const std::string& contactId) = 0;
     [[nodiscard]] virtual bool deleteAllDetails(const std::string& yuid) = 0;
-    virtual std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const std::string& yuid,
-                                                                                 std::optional<bool> isOrg,
-                                                                                 const std::string& searchStr,
-                                                                                 int limit) = 0;
-    virtual std::optional<std::vector<YContact>> getOrgContactSuggestions(const std::string& yuid,
-                                                                          const std::optional<std::string>& searchStr,
-                                                                          std::optional<int> offset, int limit,
-                                                                          bool excludeGroups,
-                                                                          bool shouldSearchNickname) = 0;
+    // The query's user, population, search text and limit.
+    virtual std::optional<std::vector<YSuggestionContact>> getSuggestionContacts(const YContactsQuery& query) = 0;
+    // The query's user, search text, from, limit and the two flags; organisation contacts only.
+    virtual std::optional<std::vector<YContact>> getOrgContactSuggestions(const YContactsQuery& query) = 0;
     [[nodiscard]] virtual bool fixPersonalContacts(const std::string& yuid) = 0;
     [[nodiscard]] virtual bool updateContactsUsageCount(const std::string& yuid,
                                                         const std::map<std::string, std::string>& usageDetails) = 0;

@@ -5,14 +5,10 @@
 
 namespace ycontacts {
 
-void YContactsDataManager::getContactImage(const std::string& yuid, const std::optional<std::string>& /*contactYuid*/,
-                                           const std::optional<std::string>& /*emailId*/,
-                                           const std::optional<std::string>& contactId, bool /*isThumbnail*/,
-                                           const std::optional<YActivityMetaData>& /*metaData*/,
-                                           YContactType /*contactType*/, ImageHandler handler) {
-    Logger::shared().warning("Contact photo retrieval is not available in this build; yuid: " + yuid +
-                             " contactId: " + (contactId ? *contactId : "nil"));
-    if (handler) handler(std::nullopt, std::nullopt, contactId);
+void YContactsDataManager::getContactImage(const YGetContactImageRequest& request, ImageHandler handler) {
+    Logger::shared().warning("Contact photo retrieval is not available in this build; yuid: " + request.yuid +
+                             " contactId: " + request.contactId.value_or("nil"));
+    if (handler) handler(std::nullopt, std::nullopt, request.contactId);
 }
 
 }  // namespace ycontacts

@@ -8,48 +8,28 @@ std::optional<YContactsDataManager::ContactCount> YContactsDataManager::getConta
     return queries_->getContactCount(yuids);
 }
 
-void YContactsDataManager::getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                                       const std::optional<std::string>& searchStr, std::optional<int> from,
-                                       std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                                       ContactsCallback callback) {
-    queries_->getContacts(yuid, yoid, searchStr, from, limit, isOrg, requestType, std::move(callback));
+void YContactsDataManager::getContacts(const YContactsQuery& query, ContactsCallback callback) {
+    queries_->getContacts(query, std::move(callback));
 }
 
-void YContactsDataManager::getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
-                                           const std::optional<std::string>& searchStr, std::optional<int> from,
-                                           std::optional<int> limit, std::optional<bool> isOrg,
-                                           RequestType requestType, ContactsCallback callback) {
-    queries_->getContactsList(yuid, yoid, searchStr, from, limit, isOrg, requestType, std::move(callback));
+void YContactsDataManager::getContactsList(const YContactsQuery& query, ContactsCallback callback) {
+    queries_->getContactsList(query, std::move(callback));
 }
 
-void YContactsDataManager::getContactsFromIds(const std::string& yuid,
-                                              const std::optional<std::vector<std::string>>& contactIds,
-                                              const std::optional<std::vector<std::string>>& emailIds,
-                                              const std::optional<std::vector<std::string>>& contactYuids,
-                                              std::optional<bool> isOrg, RequestType requestType,
-                                              ContactsCallback callback) {
-    queries_->getContactsFromIds(yuid, contactIds, emailIds, contactYuids, isOrg, requestType, std::move(callback));
+void YContactsDataManager::getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback) {
+    queries_->getContactsFromIds(request, std::move(callback));
 }
 
-void YContactsDataManager::getContact(const std::string& yuid, const std::optional<std::string>& contactId,
-                                      const std::optional<std::string>& contactYuid,
-                                      const std::optional<std::string>& emailId, bool preferPersonalInfo,
-                                      ContactCallback callback) {
-    queries_->getContact(yuid, contactId, contactYuid, emailId, preferPersonalInfo, std::move(callback));
+void YContactsDataManager::getContact(const YGetContactRequest& request, ContactCallback callback) {
+    queries_->getContact(request, std::move(callback));
 }
 
-void YContactsDataManager::getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                                                 const std::string& searchStr, int limit, std::optional<bool> isOrg,
-                                                 RequestType requestType, SuggestionsCallback callback) {
-    queries_->getSuggestionContacts(yuid, yoid, searchStr, limit, isOrg, requestType, std::move(callback));
+void YContactsDataManager::getSuggestionContacts(const YContactsQuery& query, SuggestionsCallback callback) {
+    queries_->getSuggestionContacts(query, std::move(callback));
 }
 
-void YContactsDataManager::getOrgContactSuggestions(const std::string& yuid,
-                                                    const std::optional<std::string>& searchStr,
-                                                    std::optional<int> from, int limit, bool excludeGroups,
-                                                    bool shouldSearchNickname, OrgSuggestionsCallback callback) {
-    queries_->getOrgContactSuggestions(yuid, searchStr, from, limit, excludeGroups, shouldSearchNickname,
-                                       std::move(callback));
+void YContactsDataManager::getOrgContactSuggestions(const YContactsQuery& query, OrgSuggestionsCallback callback) {
+    queries_->getOrgContactSuggestions(query, std::move(callback));
 }
 
 }  // namespace ycontacts

@@ -289,13 +289,15 @@ void YContactsDataManager::updateContactCount(const std::string& yuid) {
 }
 
 void YContactsDataManager::startScheduledSync() {
-    const auto yuids = startedYuids_.value();
-    const auto yoids = yuidYoidMap_.value();
-    Logger::shared().info("Scheduled sync for users: " + std::to_string(yuids.size()));
-    for (const auto& yuid : yuids) {
-        const auto found = yoids.find(yuid);
-        syncContacts(yuid, found == yoids.end() ? std::nullopt : std::optional<std::string>(found->second));
+    std::vector<std::pair<std::string, std::optional<std::string>>> started;
+    {
+        YMutexLock lock(stateMutex_);
+        for (const auto& [yuid, user] : users_) {
+            if (user.started) started.emplace_back(yuid, user.yoid);
+        }
     }
+    Logger::shared().info("Scheduled sync for users: " + std::to_string(started.size()));
+    for (const auto& [yuid, yoid] : started) syncContacts(yuid, yoid);
 }
 
 void YContactsDataManager::getUsageCount(const std::string& yuid, UsageCountCallback callback) {

@@ -1,43 +1,12 @@
 #include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <random>
+#include <utility>
 
 #include "ycontacts/Platform/MarloComponents/Logger.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
 
 namespace ycontacts {
-
-namespace {
-
-// A random (version 4) UUID in the usual upper-case 8-4-4-4-12 form.
-std::string uuidString() {
-    thread_local std::mt19937_64 generator{std::random_device{}()};
-    std::array<std::uint8_t, 16> bytes{};
-    for (std::size_t index = 0; index < bytes.size(); index += 8) {
-        const std::uint64_t word = generator();
-        for (std::size_t offset = 0; offset < 8; ++offset) {
-            bytes[index + offset] = static_cast<std::uint8_t>(word >> (offset * 8));
-        }
-    }
-    bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
-    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
-    std::string text;
-    text.reserve(36);
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        if (index == 4 || index == 6 || index == 8 || index == 10) text += '-';
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02X", bytes[index]);
-        text += digits;
-    }
-    return text;
-}
-
-std::string boxLabel() { return "com.ycontacts.datamanager.SafeReadWrite." + uuidString(); }
-
-}  // namespace
 
 YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseContract> database,
                                            std::shared_ptr<YContactsNetworkContract> network,
@@ -45,18 +14,12 @@ YContactsDataManager::YContactsDataManager(std::shared_ptr<YContactsDatabaseCont
                                            std::shared_ptr<YContactsFileServiceContract> fileService,
                                            Intervals intervals, int batchFetchLimit)
     : contactsBatchFetchLimit(std::max(batchFetchLimit, minimumContactsBatchFetchLimit)),
-      noImgCache_(boxLabel()),
-      syncingYuids_(boxLabel()),
-      yuidYoidMap_(boxLabel()),
-      resetingYuids_(boxLabel()),
       database_(std::move(database)),
       network_(std::move(network)),
       preference_(std::move(preference)),
       fileService_(std::move(fileService)),
       intervals_(intervals),
-      startedYuids_(boxLabel()),
-      removalCounts_(boxLabel()),
-      timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>(boxLabel(), this)),
+      timerOwner_(std::make_shared<SafeReadWrite<YContactsDataManager*>>("com.ycontacts.datamanager.owner", this)),
       queries_(std::make_shared<YContactsQueries>(
           database_, network_,
           [owner = timerOwner_] {
@@ -94,11 +57,7 @@ void YContactsDataManager::start(const std::string& yuid, const std::optional<st
 }
 
 void YContactsDataManager::resetAndStart(const std::string& yuid, const std::optional<std::string>& yoid) {
-    const bool marked = resetingYuids_.write([&](YuidList& yuids) {
-        if (std::find(yuids.begin(), yuids.end(), yuid) != yuids.end()) return false;
-        yuids.push_back(yuid);
-        return true;
-    });
+    const bool marked = changeUser(yuid, [](UserState& user) { return !std::exchange(user.resetting, true); });
     if (!marked) return;
     removeUserData(yuid, false);
     notify([&](YContactsNotification& observer) { observer.contactDataReset(yuid); });
@@ -109,14 +68,16 @@ void YContactsDataManager::resetAndStart(const std::string& yuid, const std::opt
 void YContactsDataManager::removeAllData(const std::string& yuid) { removeUserData(yuid, true); }
 
 void YContactsDataManager::removeUserData(const std::string& yuid, bool endsReset) {
-    unmarkSyncing(yuid);
-    startedYuids_.write([&](YuidList& yuids) { std::erase(yuids, yuid); });
     {
         // Waits for a page being written to finish; every later write of the running download is refused.
-        std::lock_guard lock(downloadWrites_);
-        removalCounts_.write([&](std::map<std::string, std::uint64_t>& counts) { ++counts[yuid]; });
-        // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
-        if (endsReset) clearResetMarker(yuid);
+        YMutexLock writes(writeMutex_);
+        changeUser(yuid, [endsReset](UserState& user) {
+            user.syncing = false;
+            user.started = false;
+            ++user.removals;
+            // The running download was a reset's, if any: the reset ends with it, before any step of the removal.
+            if (endsReset) user.resetting = false;
+        });
     }
     if (database_ && !database_->deleteAllDetails(yuid)) {
         Logger::shared().error("The stored contacts of " + yuid + " could not be removed");
@@ -133,8 +94,11 @@ bool YContactsDataManager::wasInitialDownloadCompleted(const std::string& yuid,
 }
 
 bool YContactsDataManager::isSyncInProgress(const std::string& yuid) {
-    return syncingYuids_.read(
-        [&](const YuidList& yuids) { return std::find(yuids.begin(), yuids.end(), yuid) != yuids.end(); });
+    return readUser(yuid, [](const UserState& user) { return user.syncing; });
+}
+
+YContactsDataManager::UserState YContactsDataManager::userState(const std::string& yuid) const {
+    return readUser(yuid, [](const UserState& user) { return user; });
 }
 
 std::optional<double> YContactsDataManager::lastUpdatedTime(const std::string& yuid) {
@@ -167,17 +131,11 @@ void YContactsDataManager::destroyInMemory() {
 }
 
 bool YContactsDataManager::markSyncing(const std::string& yuid) {
-    return syncingYuids_.write([&](YuidList& yuids) {
-        if (std::find(yuids.begin(), yuids.end(), yuid) != yuids.end()) return false;
-        yuids.push_back(yuid);
-        return true;
-    });
+    return changeUser(yuid, [](UserState& user) { return !std::exchange(user.syncing, true); });
 }
 
 void YContactsDataManager::unmarkSyncing(const std::string& yuid) {
-    syncingYuids_.write([&](YuidList& yuids) {
-        if (const auto found = std::find(yuids.begin(), yuids.end(), yuid); found != yuids.end()) yuids.erase(found);
-    });
+    changeUser(yuid, [](UserState& user) { user.syncing = false; });
 }
 
 double YContactsDataManager::millisecondsSince1970() {
@@ -185,46 +143,31 @@ double YContactsDataManager::millisecondsSince1970() {
 }
 
 void YContactsDataManager::recordStarted(const std::string& yuid) {
-    startedYuids_.write([&](YuidList& yuids) {
-        if (std::find(yuids.begin(), yuids.end(), yuid) == yuids.end()) yuids.push_back(yuid);
-    });
+    changeUser(yuid, [](UserState& user) { user.started = true; });
 }
 
 void YContactsDataManager::recordYoid(const std::string& yuid, const std::optional<std::string>& yoid) {
-    yuidYoidMap_.write([&](YuidYoidMap& map) {
-        if (yoid) {
-            map[yuid] = *yoid;
-        } else {
-            map.erase(yuid);
-        }
-    });
+    changeUser(yuid, [&yoid](UserState& user) { user.yoid = yoid; });
 }
 
 std::optional<std::string> YContactsDataManager::recordedYoid(const std::string& yuid) const {
-    return yuidYoidMap_.read([&](const YuidYoidMap& map) -> std::optional<std::string> {
-        const auto found = map.find(yuid);
-        if (found == map.end()) return std::nullopt;
-        return found->second;
-    });
+    return readUser(yuid, [](const UserState& user) { return user.yoid; });
 }
 
 std::uint64_t YContactsDataManager::removalCount(const std::string& yuid) const {
-    return removalCounts_.read([&](const std::map<std::string, std::uint64_t>& counts) -> std::uint64_t {
-        const auto found = counts.find(yuid);
-        return found == counts.end() ? 0 : found->second;
-    });
+    return readUser(yuid, [](const UserState& user) { return user.removals; });
 }
 
 YContactsDataManager::DownloadWrite YContactsDataManager::writeForDownload(const std::string& yuid,
                                                                           std::uint64_t removals,
                                                                           const std::function<bool()>& write) {
-    std::lock_guard lock(downloadWrites_);
+    YMutexLock lock(writeMutex_);
     if (removalCount(yuid) != removals) return DownloadWrite::removed;
     return write() ? DownloadWrite::written : DownloadWrite::failed;
 }
 
 void YContactsDataManager::clearResetMarker(const std::string& yuid) {
-    resetingYuids_.write([&](YuidList& yuids) { std::erase(yuids, yuid); });
+    changeUser(yuid, [](UserState& user) { user.resetting = false; });
 }
 
 void YContactsDataManager::notify(const std::function<void(YContactsNotification&)>& notification) {

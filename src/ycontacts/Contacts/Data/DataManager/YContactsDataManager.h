@@ -6,9 +6,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
@@ -22,6 +22,7 @@
 #include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
 #include "ycontacts/Contacts/YContactsNotification.h"
 #include "ycontacts/Platform/MarloComponents/SafeReadWrite.h"
+#include "ycontacts/Platform/MarloComponents/YMutex.h"
 #include "ycontacts/Platform/MarloComponents/YRunLoopQueue.h"
 #include "ycontacts/Platform/MarloComponents/YTimer.h"
 
@@ -48,8 +49,23 @@ class YContactsDataManager : public YDataManager,
 public:
     using Intervals = YContactsDataManagerIntervals;
     using NoImageCache = std::map<std::string, std::chrono::system_clock::time_point>;
-    using YuidList = std::vector<std::string>;
-    using YuidYoidMap = std::map<std::string, std::string>;
+
+    // What the data manager knows of one signed-in user, kept in one place under one lock.
+    struct UserState {
+        // A download or sync of the user is running.
+        bool syncing = false;
+        // A resetAndStart of the user is under way; a further one does nothing until its download ends.
+        bool resetting = false;
+        // Started since construction and not removed since: the sync timer visits the user.
+        bool started = false;
+        // The user's organisation, as last given to start or runInitialFetch.
+        std::optional<std::string> yoid;
+        // How often the user's data was removed. A download remembers the count it began with and writes
+        // only while it is unchanged, so a download ended by a removal touches nothing afterwards.
+        std::uint64_t removals = 0;
+        // Per contact id, when the server last said that the contact has no photo.
+        NoImageCache noImgCache;
+    };
 
     // Contacts asked of the server per page, unless the constructor is given another number.
     static constexpr int defaultContactsBatchFetchLimit = 1000;
@@ -80,31 +96,14 @@ public:
     void resetAndStart(const std::string& yuid, const std::optional<std::string>& yoid) override;
     std::optional<double> lastUpdatedTime(const std::string& yuid) override;
     bool isSyncInProgress(const std::string& yuid) override;
-    void getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                     const std::optional<std::string>& searchStr, std::optional<int> from, std::optional<int> limit,
-                     std::optional<bool> isOrg, RequestType requestType, ContactsCallback callback) override;
-    void getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
-                         const std::optional<std::string>& searchStr, std::optional<int> from,
-                         std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                         ContactsCallback callback) override;
-    void getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>& contactIds,
-                            const std::optional<std::vector<std::string>>& emailIds,
-                            const std::optional<std::vector<std::string>>& contactYuids, std::optional<bool> isOrg,
-                            RequestType requestType, ContactsCallback callback) override;
-    void getContact(const std::string& yuid, const std::optional<std::string>& contactId,
-                    const std::optional<std::string>& contactYuid, const std::optional<std::string>& emailId,
-                    bool preferPersonalInfo, ContactCallback callback) override;
+    void getContacts(const YContactsQuery& query, ContactsCallback callback) override;
+    void getContactsList(const YContactsQuery& query, ContactsCallback callback) override;
+    void getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback) override;
+    void getContact(const YGetContactRequest& request, ContactCallback callback) override;
     // Photo retrieval is not part of this build: the handler is answered once, with no data and no path.
-    void getContactImage(const std::string& yuid, const std::optional<std::string>& contactYuid,
-                         const std::optional<std::string>& emailId, const std::optional<std::string>& contactId,
-                         bool isThumbnail, const std::optional<YActivityMetaData>& metaData,
-                         YContactType contactType, ImageHandler handler) override;
-    void getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
-                               RequestType requestType, SuggestionsCallback callback) override;
-    void getOrgContactSuggestions(const std::string& yuid, const std::optional<std::string>& searchStr,
-                                  std::optional<int> from, int limit, bool excludeGroups, bool shouldSearchNickname,
-                                  OrgSuggestionsCallback callback) override;
+    void getContactImage(const YGetContactImageRequest& request, ImageHandler handler) override;
+    void getSuggestionContacts(const YContactsQuery& query, SuggestionsCallback callback) override;
+    void getOrgContactSuggestions(const YContactsQuery& query, OrgSuggestionsCallback callback) override;
     void getUsageCount(const std::string& yuid, UsageCountCallback callback) override;
     void removeAllData(const std::string& yuid) override;
     bool wasInitialDownloadCompleted(const std::string& yuid, const std::optional<std::string>& yoid) override;
@@ -116,13 +115,8 @@ public:
     // the destroy timer until the next server search restarts it.
     virtual void destroyInMemory();
 
-    // Read-only views of the state boxes, for observers and tests.
-    const SafeReadWrite<NoImageCache>& noImgCache() const { return noImgCache_; }
-    const SafeReadWrite<YuidList>& syncingYuids() const { return syncingYuids_; }
-    const SafeReadWrite<YuidYoidMap>& yuidYoidMap() const { return yuidYoidMap_; }
-    const SafeReadWrite<YuidList>& resetingYuids() const { return resetingYuids_; }
-    // Users visited by the sync timer, in the order they were first started.
-    const SafeReadWrite<YuidList>& startedYuids() const { return startedYuids_; }
+    // A copy of the user's state; the state of a user never seen is the default one.
+    UserState userState(const std::string& yuid) const Y_EXCLUDES(stateMutex_);
     const Intervals& intervals() const { return intervals_; }
     const std::shared_ptr<YContactsQueries>& queries() const { return queries_; }
     // True when called on the "YContactsQueue" thread (inside a timer action, for instance).
@@ -139,7 +133,7 @@ protected:
     void stopInMemoryTimer();
 
     // Every step of a download carries `removals`, the number of removals of the user's data when the
-    // download began (removalCount). Once removeAllData has run again, the download writes nothing more to the
+    // download began (UserState::removals). Once removeAllData has run again, the download writes nothing more to the
     // store or the preferences, asks for no further page and ends without completing or failing.
     void initialDownload(const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                          CompletionHandler completionHandler, std::uint64_t removals);
@@ -173,25 +167,43 @@ private:
     // Runs `write` (true when it succeeded) unless the user's data was removed since the download began, and
     // holds off removals while it runs, so that nothing of an ended download reaches the store or the
     // preferences after the removal.
-    DownloadWrite writeForDownload(const std::string& yuid, std::uint64_t removals,
-                                   const std::function<bool()>& write);
-    void clearResetMarker(const std::string& yuid);
-    // Test and append as one locked step, so two simultaneous first calls cannot both start a download.
-    bool markSyncing(const std::string& yuid);
-    // Removes the first occurrence only.
-    void unmarkSyncing(const std::string& yuid);
+    DownloadWrite writeForDownload(const std::string& yuid, std::uint64_t removals, const std::function<bool()>& write)
+        Y_EXCLUDES(writeMutex_, stateMutex_);
+    // Runs `change` on the user's state under the state lock and returns what it returns. `change` must be
+    // short and call nothing outside the state.
+    template <typename Change>
+    auto changeUser(const std::string& yuid, Change&& change) Y_EXCLUDES(stateMutex_) {
+        YMutexLock lock(stateMutex_);
+        return std::forward<Change>(change)(users_[yuid]);
+    }
+    // Runs `read` on the user's state (the default state for a user never seen) under the state lock.
+    template <typename Read>
+    auto readUser(const std::string& yuid, Read&& read) const Y_EXCLUDES(stateMutex_) {
+        static const UserState unknown;
+        YMutexLock lock(stateMutex_);
+        const auto found = users_.find(yuid);
+        return std::forward<Read>(read)(found == users_.end() ? unknown : found->second);
+    }
+    void clearResetMarker(const std::string& yuid) Y_EXCLUDES(stateMutex_);
+    // Test and set as one locked step, so two simultaneous first calls cannot both start a download.
+    bool markSyncing(const std::string& yuid) Y_EXCLUDES(stateMutex_);
+    void unmarkSyncing(const std::string& yuid) Y_EXCLUDES(stateMutex_);
     static double millisecondsSince1970();
-    void recordStarted(const std::string& yuid);
-    void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid);
-    std::optional<std::string> recordedYoid(const std::string& yuid) const;
-    std::uint64_t removalCount(const std::string& yuid) const;
+    void recordStarted(const std::string& yuid) Y_EXCLUDES(stateMutex_);
+    void recordYoid(const std::string& yuid, const std::optional<std::string>& yoid) Y_EXCLUDES(stateMutex_);
+    std::optional<std::string> recordedYoid(const std::string& yuid) const Y_EXCLUDES(stateMutex_);
+    std::uint64_t removalCount(const std::string& yuid) const Y_EXCLUDES(stateMutex_);
 
     static void notify(const std::function<void(YContactsNotification&)>& notification);
 
-    SafeReadWrite<NoImageCache> noImgCache_;
-    SafeReadWrite<YuidList> syncingYuids_;
-    SafeReadWrite<YuidYoidMap> yuidYoidMap_;
-    SafeReadWrite<YuidList> resetingYuids_;
+    // Lock order: writeMutex_ before stateMutex_. stateMutex_ guards users_ for short steps and is never
+    // held while a collaborator or a callback runs. writeMutex_ is held while a download writes (a page, its
+    // next page index, its completion) and while a removal counts itself, so that a removal waits for a
+    // page being written and the download then writes nothing more; it is a lock of its own so that host
+    // queries such as isSyncInProgress never wait behind a page write.
+    mutable YMutex writeMutex_ Y_ACQUIRED_BEFORE(stateMutex_);
+    mutable YMutex stateMutex_;
+    std::map<std::string, UserState> users_ Y_GUARDED_BY(stateMutex_);
     const std::shared_ptr<YContactsDatabaseContract> database_;
     const std::shared_ptr<YContactsNetworkContract> network_;
     const std::shared_ptr<YContactsPreferenceContract> preference_;
@@ -200,12 +212,6 @@ private:
     // Touched only on the queue's thread.
     std::shared_ptr<YTimer> syncTime_;
     std::shared_ptr<YTimer> destroyTimer_;
-    SafeReadWrite<YuidList> startedYuids_;
-    // Per yuid, how often removeAllData ran: a page reply is applied only while this still equals the
-    // value read when its request went out, so a download cancelled by a reset cannot touch the new one.
-    SafeReadWrite<std::map<std::string, std::uint64_t>> removalCounts_;
-    // Held while a download writes and while removeAllData counts a removal; never while a callback runs.
-    std::mutex downloadWrites_;
     // The query component's weak way back to this object: cleared first thing in the destructor.
     const std::shared_ptr<SafeReadWrite<YContactsDataManager*>> timerOwner_;
     const std::shared_ptr<YContactsQueries> queries_;

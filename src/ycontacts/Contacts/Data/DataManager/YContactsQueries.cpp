@@ -63,44 +63,32 @@ bool YContactsQueries::localContactsStep(const std::function<std::optional<std::
     return answered;
 }
 
-void YContactsQueries::getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                                   const std::optional<std::string>& searchStr, std::optional<int> from,
-                                   std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                                   ContactsCallback callback) {
+void YContactsQueries::getContacts(const YContactsQuery& query, ContactsCallback callback) {
     route(
-        requestType,
-        [&] {
-            return localContactsStep(
-                [&] { return database_->getContacts(yuid, isOrg, searchStr, from, limit); }, callback);
-        },
-        [&] { serverContactsStep(yuid, yoid, searchStr, limit, isOrg, callback); });
+        query.requestType, [&] { return localContactsStep([&] { return database_->getContacts(query); }, callback); },
+        [&] { serverContactsStep(query, callback); });
 }
 
-void YContactsQueries::getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
-                                       const std::optional<std::string>& searchStr, std::optional<int> from,
-                                       std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                                       ContactsCallback callback) {
-    const std::optional<int> storeLimit = (searchStr && !limit) ? std::optional<int>(listSearchRowLimit) : limit;
+void YContactsQueries::getContactsList(const YContactsQuery& query, ContactsCallback callback) {
+    YContactsQuery storeQuery = query;
+    if (query.searchStr && !query.limit) storeQuery.limit = listSearchRowLimit;
     route(
-        requestType,
-        [&] {
-            return localContactsStep(
-                [&] { return database_->getContactsList(yuid, isOrg, searchStr, from, storeLimit); }, callback);
-        },
-        [&] { serverContactsStep(yuid, yoid, searchStr, limit, isOrg, callback); });
+        query.requestType,
+        [&] { return localContactsStep([&] { return database_->getContactsList(storeQuery); }, callback); },
+        [&] { serverContactsStep(query, callback); });
 }
 
-void YContactsQueries::serverContactsStep(const std::string& yuid, const std::optional<std::string>& yoid,
-                                          const std::optional<std::string>& searchStr, std::optional<int> limit,
-                                          std::optional<bool> isOrg, const ContactsCallback& callback) {
+void YContactsQueries::serverContactsStep(const YContactsQuery& query, const ContactsCallback& callback) {
     if (!network_) return;
     restartTimer();
+    const std::string& yuid = query.yuid;
+    const std::optional<int> limit = query.limit;
     // The server searches one population per call; no preference means the user's own contacts.
-    const bool serverIsOrg = isOrg.value_or(false);
+    const bool serverIsOrg = query.isOrg.value_or(false);
     std::weak_ptr<YContactsQueries> weakSelf = weak_from_this();
 
-    if (!searchStr) {
-        network_->searchContacts(yuid, yoid, serverIsOrg, limit, std::nullopt,
+    if (!query.searchStr) {
+        network_->searchContacts(yuid, query.yoid, serverIsOrg, limit, std::nullopt,
                                  [weakSelf, callback](std::optional<std::vector<YContact>> contacts) {
                                      if (!weakSelf.lock()) return;
                                      if (callback) callback(std::move(contacts));
@@ -108,11 +96,11 @@ void YContactsQueries::serverContactsStep(const std::string& yuid, const std::op
         return;
     }
 
-    const std::string& keyword = *searchStr;
+    const std::string& keyword = *query.searchStr;
     std::optional<std::vector<YContact>> cached;
     std::uint64_t ticket = 0;
     {
-        std::lock_guard lock(mutex_);
+        YMutexLock lock(mutex_);
         ticket = ++nextTicket_;
         newestContactsSearch_[yuid] = ticket;
         state_.currentNetworkKeyword[yuid] = keyword;
@@ -137,14 +125,13 @@ void YContactsQueries::serverContactsStep(const std::string& yuid, const std::op
 
     if (cached && callback) callback(filterContacts(*cached, keyword, limit));
 
-    network_->searchContacts(yuid, yoid, serverIsOrg, contactsBatchFetchLimit_, keyword,
-                             [weakSelf, yuid, keyword, serverIsOrg, ticket,
-                              limit](std::optional<std::vector<YContact>> contacts) {
-                                 if (auto self = weakSelf.lock()) {
-                                     self->takeContactsSearchReply(yuid, keyword, serverIsOrg, ticket, limit,
-                                                                   std::move(contacts));
-                                 }
-                             });
+    network_->searchContacts(
+        yuid, query.yoid, serverIsOrg, contactsBatchFetchLimit_, keyword,
+        [weakSelf, yuid, keyword, serverIsOrg, ticket, limit](std::optional<std::vector<YContact>> contacts) {
+            if (auto self = weakSelf.lock()) {
+                self->takeContactsSearchReply(yuid, keyword, serverIsOrg, ticket, limit, std::move(contacts));
+            }
+        });
 }
 
 void YContactsQueries::takeContactsSearchReply(const std::string& yuid, const std::string& keyword, bool isOrg,
@@ -152,7 +139,7 @@ void YContactsQueries::takeContactsSearchReply(const std::string& yuid, const st
                                                std::optional<std::vector<YContact>> contacts) {
     ContactsCallback callback;
     {
-        std::lock_guard lock(mutex_);
+        YMutexLock lock(mutex_);
         const auto start = state_.currentNetworkKeywordStart.find(yuid);
         const auto cacheIsOrg = currentNetworkCacheIsOrg_.find(yuid);
         if (contacts && start != state_.currentNetworkKeywordStart.end() && start->second == keyword &&
@@ -175,31 +162,25 @@ void YContactsQueries::takeContactsSearchReply(const std::string& yuid, const st
     callback(std::move(contacts));
 }
 
-void YContactsQueries::getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>&,
-                                          const std::optional<std::vector<std::string>>& emailIds,
-                                          const std::optional<std::vector<std::string>>&, std::optional<bool> isOrg,
-                                          RequestType, ContactsCallback callback) {
+void YContactsQueries::getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback) {
     // Callers that pass no e-mail addresses get no answer at all; contact ids and yuids are not looked up.
-    if (!emailIds || !callback) return;
+    if (!request.emailIds || !callback) return;
     if (!database_) {
         callback(std::nullopt);
         return;
     }
-    callback(database_->getContactsFromEmailIds(yuid, *emailIds, isOrg));
+    callback(database_->getContactsFromEmailIds(request.yuid, *request.emailIds, request.isOrg));
 }
 
-void YContactsQueries::getContact(const std::string& yuid, const std::optional<std::string>& contactId,
-                                  const std::optional<std::string>& contactYuid,
-                                  const std::optional<std::string>& emailId, bool preferPersonalInfo,
-                                  ContactCallback callback) {
+void YContactsQueries::getContact(const YGetContactRequest& request, ContactCallback callback) {
     std::optional<YContact> contact;
     if (database_) {
-        if (contactId) {
-            contact = database_->getContactByContactId(yuid, *contactId);
-        } else if (contactYuid) {
-            contact = database_->getContactByContactYuid(yuid, *contactYuid);
-        } else if (emailId) {
-            contact = database_->getContactByEmailId(yuid, *emailId, preferPersonalInfo);
+        if (request.contactId) {
+            contact = database_->getContactByContactId(request.yuid, *request.contactId);
+        } else if (request.contactYuid) {
+            contact = database_->getContactByContactYuid(request.yuid, *request.contactYuid);
+        } else if (request.emailId) {
+            contact = database_->getContactByEmailId(request.yuid, *request.emailId, request.preferPersonalInfo);
         }
     }
     if (callback) callback(std::move(contact));
@@ -211,7 +192,7 @@ std::optional<YContactsQueries::ContactCount> YContactsQueries::getContactCount(
 }
 
 void YContactsQueries::destroyInMemory() {
-    std::lock_guard lock(mutex_);
+    YMutexLock lock(mutex_);
     state_.networkMostUsedContacts.clear();
     state_.currentNetworkCache.clear();
     state_.currentNetworkKeywordStart.clear();
@@ -224,7 +205,7 @@ void YContactsQueries::destroyInMemory() {
 }
 
 YContactsQueries::InMemoryState YContactsQueries::inMemoryState() const {
-    std::lock_guard lock(mutex_);
+    YMutexLock lock(mutex_);
     return state_;
 }
 

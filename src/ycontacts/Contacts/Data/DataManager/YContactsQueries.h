@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +12,7 @@
 #include "ycontacts/Contacts/Data/Contracts/YContactsDatabaseContract.h"
 #include "ycontacts/Contacts/Data/Contracts/YContactsNetworkContract.h"
 #include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
+#include "ycontacts/Platform/MarloComponents/YMutex.h"
 
 namespace ycontacts {
 
@@ -45,27 +45,13 @@ public:
                      std::shared_ptr<YContactsNetworkContract> network, std::function<void()> restartInMemoryTimer,
                      int contactsBatchFetchLimit);
 
-    void getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                     const std::optional<std::string>& searchStr, std::optional<int> from, std::optional<int> limit,
-                     std::optional<bool> isOrg, RequestType requestType, ContactsCallback callback);
-    void getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
-                         const std::optional<std::string>& searchStr, std::optional<int> from,
-                         std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                         ContactsCallback callback);
-    void getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>& contactIds,
-                            const std::optional<std::vector<std::string>>& emailIds,
-                            const std::optional<std::vector<std::string>>& contactYuids, std::optional<bool> isOrg,
-                            RequestType requestType, ContactsCallback callback);
-    void getContact(const std::string& yuid, const std::optional<std::string>& contactId,
-                    const std::optional<std::string>& contactYuid, const std::optional<std::string>& emailId,
-                    bool preferPersonalInfo, ContactCallback callback);
+    void getContacts(const YContactsQuery& query, ContactsCallback callback);
+    void getContactsList(const YContactsQuery& query, ContactsCallback callback);
+    void getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback);
+    void getContact(const YGetContactRequest& request, ContactCallback callback);
     std::optional<ContactCount> getContactCount(const std::string& yuids);
-    void getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
-                               RequestType requestType, SuggestionsCallback callback);
-    void getOrgContactSuggestions(const std::string& yuid, const std::optional<std::string>& searchStr,
-                                  std::optional<int> from, int limit, bool excludeGroups, bool shouldSearchNickname,
-                                  OrgSuggestionsCallback callback);
+    void getSuggestionContacts(const YContactsQuery& query, SuggestionsCallback callback);
+    void getOrgContactSuggestions(const YContactsQuery& query, OrgSuggestionsCallback callback);
 
     // Empties the six per-user maps; keeps currentCache and its two keywords.
     void destroyInMemory();
@@ -93,23 +79,16 @@ private:
                       const std::function<void()>& server);
     bool localContactsStep(const std::function<std::optional<std::vector<YContact>>()>& read,
                            const ContactsCallback& callback) const;
-    void serverContactsStep(const std::string& yuid, const std::optional<std::string>& yoid,
-                            const std::optional<std::string>& searchStr, std::optional<int> limit,
-                            std::optional<bool> isOrg, const ContactsCallback& callback);
+    void serverContactsStep(const YContactsQuery& query, const ContactsCallback& callback);
     void takeContactsSearchReply(const std::string& yuid, const std::string& keyword, bool isOrg,
                                  std::uint64_t ticket, std::optional<int> limit,
                                  std::optional<std::vector<YContact>> contacts);
 
-    bool localSuggestionsStep(const std::string& yuid, const std::string& searchStr, int limit,
-                              std::optional<bool> isOrg, const SuggestionsCallback& callback);
-    std::optional<std::vector<YSuggestionContact>> narrowSuggestionCache(const std::string& yuid,
-                                                                         const std::string& searchStr, int limit,
-                                                                         std::optional<bool> isOrg);
-    void serverSuggestionsStep(const std::string& yuid, const std::optional<std::string>& yoid,
-                               const std::string& searchStr, int limit, std::optional<bool> isOrg,
-                               const SuggestionsCallback& callback);
+    bool localSuggestionsStep(const YContactsQuery& query, const SuggestionsCallback& callback);
+    std::optional<std::vector<YSuggestionContact>> narrowSuggestionCache(const YContactsQuery& query);
+    void serverSuggestionsStep(const YContactsQuery& query, const SuggestionsCallback& callback);
     void takeSuggestionsSearchReply(const std::string& yuid, const std::string& searchStr, std::uint64_t ticket,
-                                    int limit, std::optional<std::vector<YContact>> contacts);
+                                    std::optional<int> limit, std::optional<std::vector<YContact>> contacts);
 
     void restartTimer() const;
 
@@ -119,16 +98,16 @@ private:
     const int contactsBatchFetchLimit_;
 
     // One lock for the whole in-memory state; never held while a callback or a collaborator runs.
-    mutable std::mutex mutex_;
-    InMemoryState state_;
+    mutable YMutex mutex_;
+    InMemoryState state_ Y_GUARDED_BY(mutex_);
     // Each server search gets the next ticket; a reply is delivered only while its ticket is the user's
     // newest of its kind, so two searches for the same keyword still answer once.
-    std::uint64_t nextTicket_ = 0;
-    std::map<std::string, std::uint64_t> newestContactsSearch_;
-    std::map<std::string, std::uint64_t> newestSuggestionsSearch_;
+    std::uint64_t nextTicket_ Y_GUARDED_BY(mutex_) = 0;
+    std::map<std::string, std::uint64_t> newestContactsSearch_ Y_GUARDED_BY(mutex_);
+    std::map<std::string, std::uint64_t> newestSuggestionsSearch_ Y_GUARDED_BY(mutex_);
     // Per yuid, whether the first-letter search behind currentNetworkCache asked for organisation contacts.
-    std::map<std::string, bool> currentNetworkCacheIsOrg_;
-    std::optional<SuggestionCacheScope> suggestionCacheScope_;
+    std::map<std::string, bool> currentNetworkCacheIsOrg_ Y_GUARDED_BY(mutex_);
+    std::optional<SuggestionCacheScope> suggestionCacheScope_ Y_GUARDED_BY(mutex_);
 };
 
 }  // namespace ycontacts

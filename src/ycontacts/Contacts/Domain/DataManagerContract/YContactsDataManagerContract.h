@@ -10,13 +10,16 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
-#include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
-#include "ycontacts/Contacts/Domain/RequestType.h"
-#include "ycontacts/Platform/MarloComponents/YActivityMetaData.h"
+#include "ycontacts/Contacts/Domain/Requests/YGetContactImageRequest.h"
+#include "ycontacts/Contacts/Domain/Requests/YGetContactRequest.h"
+#include "ycontacts/Contacts/Domain/Requests/YGetContactsFromIdsRequest.h"
+#include "ycontacts/Contacts/Domain/YContactsQuery.h"
 
 namespace ycontacts {
 
+// Queries travel as one value: a YContactsQuery for lists, searches and suggestions, the request record for
+// look-ups by id. No layer between the use case and the store spreads them into positional arguments.
 class YContactsDataManagerContract {
 public:
     using ContactsCallback = std::function<void(std::optional<std::vector<YContact>> contacts)>;
@@ -41,31 +44,17 @@ public:
     virtual void resetAndStart(const std::string& yuid, const std::optional<std::string>& yoid) = 0;
     virtual std::optional<double> lastUpdatedTime(const std::string& yuid) = 0;
     virtual bool isSyncInProgress(const std::string& yuid) = 0;
-    virtual void getContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                             const std::optional<std::string>& searchStr, std::optional<int> from,
-                             std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                             ContactsCallback callback) = 0;
-    virtual void getContactsList(const std::string& yuid, const std::optional<std::string>& yoid,
-                                 const std::optional<std::string>& searchStr, std::optional<int> from,
-                                 std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-                                 ContactsCallback callback) = 0;
-    virtual void getContactsFromIds(const std::string& yuid, const std::optional<std::vector<std::string>>& contactIds,
-                                    const std::optional<std::vector<std::string>>& emailIds,
-                                    const std::optional<std::vector<std::string>>& contactYuids,
-                                    std::optional<bool> isOrg, RequestType requestType, ContactsCallback callback) = 0;
-    virtual void getContact(const std::string& yuid, const std::optional<std::string>& contactId,
-                            const std::optional<std::string>& contactYuid, const std::optional<std::string>& emailId,
-                            bool preferPersonalInfo, ContactCallback callback) = 0;
-    virtual void getContactImage(const std::string& yuid, const std::optional<std::string>& contactYuid,
-                                 const std::optional<std::string>& emailId, const std::optional<std::string>& contactId,
-                                 bool isThumbnail, const std::optional<YActivityMetaData>& metaData,
-                                 YContactType contactType, ImageHandler handler) = 0;
-    virtual void getSuggestionContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                                       const std::string& searchStr, int limit, std::optional<bool> isOrg,
-                                       RequestType requestType, SuggestionsCallback callback) = 0;
-    virtual void getOrgContactSuggestions(const std::string& yuid, const std::optional<std::string>& searchStr,
-                                          std::optional<int> from, int limit, bool excludeGroups,
-                                          bool shouldSearchNickname, OrgSuggestionsCallback callback) = 0;
+    // List and search: `query.requestType` says whether the store, the server or both answer.
+    virtual void getContacts(const YContactsQuery& query, ContactsCallback callback) = 0;
+    // The same contacts in the store's lighter list form.
+    virtual void getContactsList(const YContactsQuery& query, ContactsCallback callback) = 0;
+    virtual void getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback) = 0;
+    virtual void getContact(const YGetContactRequest& request, ContactCallback callback) = 0;
+    virtual void getContactImage(const YGetContactImageRequest& request, ImageHandler handler) = 0;
+    // Suggestions for `query.searchStr`, at most `query.limit` of them.
+    virtual void getSuggestionContacts(const YContactsQuery& query, SuggestionsCallback callback) = 0;
+    // Organisation contacts from the store: search text, from, limit and the two flags of the query.
+    virtual void getOrgContactSuggestions(const YContactsQuery& query, OrgSuggestionsCallback callback) = 0;
     virtual void getUsageCount(const std::string& yuid, UsageCountCallback callback) = 0;
     virtual void removeAllData(const std::string& yuid) = 0;
     virtual bool wasInitialDownloadCompleted(const std::string& yuid, const std::optional<std::string>& yoid) = 0;

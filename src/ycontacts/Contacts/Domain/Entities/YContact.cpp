@@ -12,7 +12,9 @@ using jsoncoding::decodeRequired;
 using jsoncoding::encodeIfPresent;
 using jsoncoding::requireObject;
 
-YContact::Email::Email(std::string emailId) : emailId(std::move(emailId)) {}
+YContact::Email::Email() : isPrimary(false) {}
+
+YContact::Email::Email(std::string emailId) : emailId(std::move(emailId)), isPrimary(false) {}
 
 YContact::Phone::Phone(std::string phoneNumber, PhoneType phoneType)
     : phoneNumber(std::move(phoneNumber)), phoneType(phoneType) {}

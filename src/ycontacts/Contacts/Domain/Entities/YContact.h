@@ -22,9 +22,12 @@ struct YContact {
 
     struct Email {
         std::string emailId;
-        bool isPrimary = false;
+        // Set by the constructors rather than by a default member initializer: clang cannot use one of a
+        // nested class before the enclosing class is complete, and would then find Email not default
+        // constructible, which the JSON decoding needs.
+        bool isPrimary;
 
-        Email() = default;
+        Email();
         explicit Email(std::string emailId);
 
         // The same address, exactly as written; the primary flag does not count.

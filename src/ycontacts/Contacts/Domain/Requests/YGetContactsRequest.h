@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/Contacts/Domain/YContactsQuery.h"
 
 namespace ycontacts {
 
@@ -18,6 +19,17 @@ public:
     std::optional<int> limit;
     std::optional<std::string> searchStr;
     std::optional<std::string> yoid;
+
+    // The query this request asks, as the data manager and the store take it.
+    YContactsQuery query() const {
+        return {.yuid = yuid,
+                .yoid = yoid,
+                .searchStr = searchStr,
+                .from = from,
+                .limit = limit,
+                .isOrg = isOrg,
+                .requestType = requestType};
+    }
 };
 
 }  // namespace ycontacts

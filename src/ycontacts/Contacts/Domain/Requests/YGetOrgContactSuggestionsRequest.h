@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/Contacts/Domain/YContactsQuery.h"
 
 namespace ycontacts {
 
@@ -18,6 +19,19 @@ public:
     int limit = 100;
     bool excludeGroups = true;
     bool shouldSearchNickname = false;
+
+    // The query this request asks, as the data manager and the store take it. Organisation suggestions come
+    // from the store alone.
+    YContactsQuery query() const {
+        return {.yuid = yuid,
+                .searchStr = searchStr,
+                .from = from,
+                .limit = limit,
+                .isOrg = true,
+                .requestType = RequestType::local,
+                .excludeGroups = excludeGroups,
+                .shouldSearchNickname = shouldSearchNickname};
+    }
 };
 
 }  // namespace ycontacts

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/Contacts/Domain/YContactsQuery.h"
 
 namespace ycontacts {
 
@@ -20,6 +21,16 @@ public:
     int limit = 20;
     std::string searchStr;
     std::optional<std::string> yoid;
+
+    // The query this request asks, as the data manager and the store take it.
+    YContactsQuery query() const {
+        return {.yuid = yuid,
+                .yoid = yoid,
+                .searchStr = searchStr,
+                .limit = limit,
+                .isOrg = isOrg,
+                .requestType = requestType};
+    }
 };
 
 }  // namespace ycontacts

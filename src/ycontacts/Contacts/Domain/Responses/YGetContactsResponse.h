@@ -2,6 +2,7 @@
 // YGetContactsResponse: the contacts a list, search or by-address query answered with (absent on failure).
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
@@ -12,6 +13,7 @@ namespace ycontacts {
 class YGetContactsResponse : public YContactResponse {
 public:
     YGetContactsResponse() = default;
+    explicit YGetContactsResponse(std::optional<std::vector<YContact>> contacts) : contacts(std::move(contacts)) {}
 
     std::optional<std::vector<YContact>> contacts;
 };

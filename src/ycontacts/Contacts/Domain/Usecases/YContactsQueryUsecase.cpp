@@ -10,19 +10,12 @@ YContactsQueryUsecase::YContactsQueryUsecase(std::shared_ptr<YContactsDataManage
     : dataManager(std::move(manager)), name_(name), query_(query) {}
 
 void YContactsQueryUsecase::run(const YGetContactsRequest& request, Callback callback) {
-    if (!dataManager) {
-        Logger::shared().warning(std::string(name_) + " has no data manager; dropped the request of " + request.yuid);
-        return;
-    }
-    ((*dataManager).*query_)(
-        request.yuid, request.yoid, request.searchStr, request.from, request.limit, request.isOrg, request.requestType,
-        [this, weak = weakSelf(), callback = std::move(callback)](std::optional<std::vector<YContact>> contacts) {
-            const auto alive = weak.lock();
-            if (!alive) return;
-            YGetContactsResponse response;
-            response.contacts = std::move(contacts);
-            invoke(callback, response);
-        });
+    askAndDeliver(
+        name_, dataManager, request, std::move(callback),
+        [&](YContactsDataManagerContract& manager, auto reply) {
+            (manager.*query_)(request.query(), std::move(reply));
+        },
+        [](std::optional<std::vector<YContact>> contacts) { return YGetContactsResponse(std::move(contacts)); });
 }
 
 }  // namespace ycontacts

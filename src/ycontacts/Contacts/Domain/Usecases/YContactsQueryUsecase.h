@@ -10,7 +10,7 @@
 
 namespace ycontacts {
 
-// Passes every field of the request to one list query of the data manager and delivers each answer it gives,
+// Passes the request's query to one list query of the data manager and delivers each answer it gives,
 // in order, as long as the use case lives. Build a subclass with std::make_shared.
 class YContactsQueryUsecase : public YUsecase<YGetContactsRequest, YGetContactsResponse> {
 public:
@@ -18,10 +18,8 @@ public:
 
 protected:
     // getContacts and getContactsList share this signature.
-    using Query = void (YContactsDataManagerContract::*)(
-        const std::string& yuid, const std::optional<std::string>& yoid, const std::optional<std::string>& searchStr,
-        std::optional<int> from, std::optional<int> limit, std::optional<bool> isOrg, RequestType requestType,
-        YContactsDataManagerContract::ContactsCallback callback);
+    using Query = void (YContactsDataManagerContract::*)(const YContactsQuery& query,
+                                                         YContactsDataManagerContract::ContactsCallback callback);
 
     // `name` opens the warning logged when there is no data manager.
     YContactsQueryUsecase(std::shared_ptr<YContactsDataManagerContract> dataManager, const char* name, Query query);

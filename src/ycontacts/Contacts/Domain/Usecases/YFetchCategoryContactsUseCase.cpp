@@ -8,18 +8,13 @@ YFetchCategoryContactsUseCase::YFetchCategoryContactsUseCase(std::shared_ptr<YCa
     : dataManager(std::move(manager)) {}
 
 void YFetchCategoryContactsUseCase::run(const YFetchCategoryContactsRequest& request, Callback callback) {
-    if (!dataManager) {
-        Logger::shared().warning("YFetchCategoryContactsUseCase has no data manager; dropped the request of " +
-                                 request.yuid);
-        return;
-    }
-    dataManager->fetchContactsInCategory(
-        request.yuid, request.categoryId, request.requestType,
-        [this, weak = weakSelf(), categoryId = request.categoryId,
-         callback = std::move(callback)](std::optional<std::vector<YContact>> contacts) {
-            const auto alive = weak.lock();
-            if (!alive) return;
-            invoke(callback, YFetchCategoryContactsResponse(categoryId, std::move(contacts)));
+    askAndDeliver(
+        "YFetchCategoryContactsUseCase", dataManager, request, std::move(callback),
+        [&](auto& manager, auto reply) {
+            manager.fetchContactsInCategory(request.yuid, request.categoryId, request.requestType, std::move(reply));
+        },
+        [categoryId = request.categoryId](std::optional<std::vector<YContact>> contacts) {
+            return YFetchCategoryContactsResponse(categoryId, std::move(contacts));
         });
 }
 

@@ -8,21 +8,14 @@ YGetSuggestionContacts::YGetSuggestionContacts(std::shared_ptr<YContactsDataMana
     : dataManager(std::move(manager)) {}
 
 void YGetSuggestionContacts::run(const YGetSuggestionContactsRequest& request, Callback callback) {
-    if (!dataManager) {
-        Logger::shared().warning("YGetSuggestionContacts has no data manager; dropped the request of " +
-                                 request.yuid);
-        return;
-    }
-    dataManager->getSuggestionContacts(
-        request.yuid, request.yoid, request.searchStr, request.limit, request.isOrg, request.requestType,
-        [this, weak = weakSelf(), callback = std::move(callback)](
-            std::string searchStr, std::optional<std::vector<YSuggestionContact>> contacts) {
-            const auto alive = weak.lock();
-            if (!alive) return;
+    askAndDeliver(
+        "YGetSuggestionContacts", dataManager, request, std::move(callback),
+        [&](auto& manager, auto reply) { manager.getSuggestionContacts(request.query(), std::move(reply)); },
+        [](std::string searchStr, std::optional<std::vector<YSuggestionContact>> contacts) {
             // The answer names the text it matches: while the user types, it may be an earlier one.
             YGetSuggestionContactsResponse response(std::move(searchStr));
             response.contacts = std::move(contacts);
-            invoke(callback, response);
+            return response;
         });
 }
 

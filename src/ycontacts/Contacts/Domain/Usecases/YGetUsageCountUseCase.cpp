@@ -8,19 +8,13 @@ YGetUsageCountUseCase::YGetUsageCountUseCase(std::shared_ptr<YContactsDataManage
     : dataManager(std::move(manager)) {}
 
 void YGetUsageCountUseCase::run(const YGetContactsRequest& request, Callback callback) {
-    if (!dataManager) {
-        Logger::shared().warning("YGetUsageCountUseCase has no data manager; dropped the request of " +
-                                 request.yuid);
-        return;
-    }
-    dataManager->getUsageCount(
-        request.yuid, [this, weak = weakSelf(), callback = std::move(callback)](
-                          std::optional<std::map<std::string, std::string>> usageCountMap) {
-            const auto alive = weak.lock();
-            if (!alive) return;
+    askAndDeliver(
+        "YGetUsageCountUseCase", dataManager, request, std::move(callback),
+        [&](auto& manager, auto reply) { manager.getUsageCount(request.yuid, std::move(reply)); },
+        [](std::optional<std::map<std::string, std::string>> usageCountMap) {
             YGetUsageCountResponse response;
             response.usageCountMap = std::move(usageCountMap);
-            invoke(callback, response);
+            return response;
         });
 }
 
