@@ -230,7 +230,7 @@ bool configure(Transfer& transfer, RequestParts& parts, const YNetworkManager::O
         case YHTTPMethod::POST: set(CURLOPT_POST, 1L); break;
         case YHTTPMethod::PUT:
         case YHTTPMethod::DELETE:
-        case YHTTPMethod::PATCH: set(CURLOPT_CUSTOMREQUEST, rawValue(parts.method).data()); break;
+        case YHTTPMethod::PATCH: set(CURLOPT_CUSTOMREQUEST, toRawValue(parts.method).data()); break;
     }
     if (carriesBody && parts.multipartFields) {
         transfer.mime = curl_mime_init(easy);
@@ -338,7 +338,7 @@ struct YNetworkManager::Impl {
             fail(std::move(transfer), {YNetworkError::unknown, "the request could not be set up"});
             return taskId;
         }
-        Logger::shared().debug("network task queued " + std::string(rawValue(parts.method)) + ", task " +
+        Logger::shared().debug("network task queued " + std::string(toRawValue(parts.method)) + ", task " +
                                transfer->label);
 
         std::unique_lock lock(commandsMutex);
