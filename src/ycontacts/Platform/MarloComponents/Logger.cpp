@@ -46,9 +46,11 @@ Logger::Logger(std::string name) : impl_(std::make_unique<Impl>()) {
 
 Logger::~Logger() = default;
 
-Logger& Logger::shared() {
-    static Logger instance;
-    return instance;
+Logger& Logger::shared() { return *hostSlot(); }
+
+std::shared_ptr<Logger>& Logger::hostSlot() {
+    static std::shared_ptr<Logger> slot = std::make_shared<Logger>();
+    return slot;
 }
 
 void Logger::log(Level level, std::string_view message, std::source_location location) {
