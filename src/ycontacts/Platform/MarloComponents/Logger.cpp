@@ -78,7 +78,6 @@ void Logger::warning(std::string_view message, std::source_location location) {
 void Logger::error(std::string_view message, std::source_location location) { log(Level::error, message, location); }
 
 void Logger::setLevel(Level level) { impl_->level.store(level); }
-Logger::Level Logger::level() const { return impl_->level.load(); }
 
 void Logger::setSink(Sink sink) {
     auto shared = sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr;

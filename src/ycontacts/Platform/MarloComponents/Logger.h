@@ -45,7 +45,6 @@ public:
     void error(std::string_view message, std::source_location location = std::source_location::current());
 
     void setLevel(Level level);
-    Level level() const;
     // Replaces the extra sink (none by default); pass an empty function to remove it.
     void setSink(Sink sink);
     // Turns the spdlog console output on or off (on by default).
