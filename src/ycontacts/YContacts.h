@@ -19,7 +19,6 @@
 #include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/Entities/YContactUsageCountResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
 #include "ycontacts/Contacts/Domain/Entities/YTemporaryId.h"
 
@@ -81,12 +80,13 @@
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
 
-// Platform pieces a host meets: logging, preferences, notifications, queues and the use-case base.
+// Platform pieces a host meets: logging, preferences, notifications, raw values, queues and the use-case base.
 #include "ycontacts/Platform/MarloComponents/Logger.h"
 #include "ycontacts/Platform/MarloComponents/SafeReadWrite.h"
 #include "ycontacts/Platform/MarloComponents/UsecaseQueue.h"
 #include "ycontacts/Platform/MarloComponents/YActivityMetaData.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 #include "ycontacts/Platform/MarloComponents/YRequest.h"
 #include "ycontacts/Platform/MarloComponents/YResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"

@@ -5,13 +5,12 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
-#include <set>
-#include <unistd.h>
 
 #include "sample_server/SampleContactsServer.h"
-#include "ycontacts_cli/Answers.h"
 #include "ycontacts_cli/CommandSupport.h"
 #include "ycontacts_cli/Commands.h"
+#include "ycontacts_cli/DemoQueries.h"
+#include "ycontacts_cli/DemoServerChanges.h"
 #include "ycontacts_cli/Format.h"
 #include "ycontacts_cli/Interrupt.h"
 #include "ycontacts_cli/Session.h"
@@ -27,7 +26,6 @@ using ycontacts::YContact;
 using ycontacts::YSuggestionContact;
 using Json = nlohmann::ordered_json;
 
-constexpr auto queryTimeout = std::chrono::seconds(30);
 constexpr auto syncIdleTimeout = std::chrono::seconds(90);
 constexpr int shownResults = 5;
 
@@ -47,6 +45,47 @@ private:
     bool quiet_;
 };
 
+// What the steps of one run share: where they work, what they found, and the report they fill.
+struct DemoRun {
+    explicit DemoRun(const DemoOptions& options)
+        : options(options),
+          narrate(options.json),
+          temporary(options.dataDir ? std::nullopt : TemporaryDirectory::create("ycontacts-demo-")),
+          data{options.dataDir ? std::filesystem::path(*options.dataDir)
+                               : temporary ? temporary->path() : std::filesystem::path()} {}
+
+    const DemoOptions& options;
+    const Narration narrate;
+    Json report;
+    bool allChecksPassed = true;
+    // Absent when the options name the data directory (or when it cannot be made).
+    std::optional<TemporaryDirectory> temporary;
+    DataDirectory data;
+    std::unique_ptr<sample_server::SampleContactsServer> server;
+    std::string yuid;
+    std::optional<std::string> yoid;
+    std::int64_t serverPersonal = 0;
+    std::int64_t serverOrg = 0;
+    // The personal contact that the typeahead and the suggestions type towards.
+    sample_server::SampleContact target;
+    DemoServerChanges changes;
+    // For the summary.
+    SyncRun initial;
+    SyncTally stored;
+    std::vector<double> typeaheadTimes;
+    std::vector<double> suggestionTimes;
+    std::optional<double> serverSearchMilliseconds;
+    SyncRun incremental;
+};
+
+// An exit status when the demo ends at this step; nothing when it goes on.
+using StepEnd = std::optional<int>;
+
+int interrupted() {
+    problem("interrupted", exitFailed);
+    return Interrupt::exitStatus();
+}
+
 // The first `count` characters (code points) of UTF-8 text.
 std::string prefix(const std::string& text, std::size_t count) {
     std::size_t at = 0;
@@ -64,44 +103,8 @@ double median(std::vector<double> values) {
     return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-template <class Record>
-struct Timed {
-    bool answered = false;
-    std::optional<std::vector<Record>> records;
-    double milliseconds = 0;
-};
-
-Timed<YContact> searchContacts(const std::string& yuid, const std::optional<std::string>& yoid,
-                               const std::optional<std::string>& text, int limit, RequestType type) {
-    auto answers = std::make_shared<Answers<std::optional<std::vector<YContact>>>>();
-    Session::service().getContacts(yuid, yoid, text, limit, std::nullopt, type,
-                                   [answers](std::optional<std::vector<YContact>> contacts) {
-                                       answers->add(std::move(contacts));
-                                   });
-    if (!answers->waitFor(1, queryTimeout)) return {};
-    auto first = answers->taken().front();
-    return {true, std::move(first.answer), first.milliseconds};
-}
-
-Timed<YSuggestionContact> suggest(const std::string& yuid, const std::optional<std::string>& yoid,
-                                  const std::string& text, int limit) {
-    auto answers = std::make_shared<Answers<std::optional<std::vector<YSuggestionContact>>>>();
-    Session::service().getSuggestionContacts(
-        yuid, text, yoid, limit, std::nullopt, RequestType::local,
-        [answers](std::string, std::optional<std::vector<YSuggestionContact>> suggestions) {
-            answers->add(std::move(suggestions));
-        });
-    if (!answers->waitFor(1, queryTimeout)) return {};
-    auto first = answers->taken().front();
-    return {true, std::move(first.answer), first.milliseconds};
-}
-
-std::optional<YContact> lookUp(const std::string& yuid, const std::string& contactId) {
-    auto answers = std::make_shared<Answers<std::optional<YContact>>>();
-    Session::service().getContact(yuid, std::nullopt, contactId, std::nullopt,
-                                  [answers](std::optional<YContact> contact) { answers->add(std::move(contact)); });
-    if (!answers->waitFor(1, queryTimeout)) return std::nullopt;
-    return answers->taken().front().answer;
+double contactsPerSecond(const SyncProgress& progress) {
+    return progress.elapsedSeconds > 0 ? static_cast<double>(progress.received()) / progress.elapsedSeconds : 0;
 }
 
 std::string names(const std::vector<YContact>& contacts) {
@@ -135,53 +138,6 @@ std::string primaryAddressOf(const sample_server::SampleContact& contact) {
     return contact.emails.empty() ? std::string() : contact.emails.front().address;
 }
 
-// The changes another device of the user makes on the server while the demo watches.
-struct ServerChanges {
-    SyncTally added;
-    SyncTally updated;
-    SyncTally deleted;
-    std::vector<std::string> addedIds;
-    std::vector<std::string> deletedIds;
-};
-
-ServerChanges changeOnServer(sample_server::SampleContactsServer& server, const std::string& yuid,
-                             const std::optional<std::string>& yoid) {
-    ServerChanges changes;
-    const auto change = [&](const std::string& owner, bool isOrg, int adds, int updates, int deletes) {
-        for (int i = 1; i <= adds; ++i) {
-            sample_server::SampleContact contact;
-            contact.firstName = "Demo";
-            contact.lastName = std::string(isOrg ? "Colleague" : "Friend") + std::to_string(i);
-            contact.emails.push_back({"demo." + std::string(isOrg ? "colleague" : "friend") + std::to_string(i) +
-                                          "@example.com",
-                                      true});
-            contact.isEditable = !isOrg;
-            if (auto id = server.addContact(owner, isOrg, contact)) {
-                changes.addedIds.push_back(*id);
-                changes.added.add(isOrg, 1);
-            }
-        }
-        auto existing = server.contacts(owner, isOrg);
-        // Skip the first few: an organisation lists its own users first.
-        for (int i = 0; i < updates && static_cast<std::size_t>(10 + i) < existing.size(); ++i) {
-            auto contact = existing[static_cast<std::size_t>(10 + i)];
-            contact.nickName = "Renamed" + std::to_string(i + 1);
-            contact.notes = "Changed on another device during the demo.";
-            if (server.updateContact(owner, isOrg, contact)) changes.updated.add(isOrg, 1);
-        }
-        for (int i = 0; i < deletes && static_cast<std::size_t>(20 + i) < existing.size(); ++i) {
-            const auto& id = existing[static_cast<std::size_t>(20 + i)].contactId;
-            if (server.deleteContact(owner, isOrg, id)) {
-                changes.deletedIds.push_back(id);
-                changes.deleted.add(isOrg, 1);
-            }
-        }
-    };
-    change(yuid, false, 5, 3, 2);
-    if (yoid) change(*yoid, true, 2, 1, 1);
-    return changes;
-}
-
 bool sameTally(const SyncTally& a, const SyncTally& b) { return a.personal == b.personal && a.org == b.org; }
 
 std::string tallyText(const SyncTally& tally) {
@@ -189,64 +145,93 @@ std::string tallyText(const SyncTally& tally) {
            format::count(tally.org) + " org)";
 }
 
-}  // namespace
+// One answered query: a narrated row (the text, how many shown, how long, the first few) and a report row.
+template <class Record>
+Json answerRow(const DemoRun& run, const std::string& text, const TimedAnswer<Record>& answer,
+               const std::string& firstFew) {
+    run.narrate.say("  %s %s %s  %s\n", format::column("\"" + text + "\"", 22).c_str(),
+                    format::column(format::count(static_cast<std::int64_t>(answer.records->size())) + " shown", 9)
+                        .c_str(),
+                    format::column(format::milliseconds(answer.milliseconds), 9).c_str(), firstFew.c_str());
+    return Json{{"query", text}, {"results", answer.records->size()}, {"milliseconds", answer.milliseconds}};
+}
 
-int runDemo(const DemoOptions& options) {
-    configureLogging(options.verbose);
-    const Narration narrate(options.json);
-    const auto interrupted = [] {
-        problem("interrupted", exitFailed);
-        return Interrupt::exitStatus();
-    };
-    Json report;
+// Asks the store for every text in turn, as a person types them; keeps the times of the answers.
+template <class Record, class Ask, class Describe>
+StepEnd typeAlong(DemoRun& run, const std::vector<std::string>& texts, Ask ask, Describe describe,
+                  std::vector<double>& times, const char* reportKey) {
+    Json rows = Json::array();
+    for (const auto& text : texts) {
+        if (Interrupt::requested()) return interrupted();
+        const TimedAnswer<Record> answer = ask(text);
+        if (!answer.answered || !answer.records) {
+            run.allChecksPassed = false;
+            run.narrate.say("  %s no answer\n", format::column("\"" + text + "\"", 22).c_str());
+            rows.push_back(Json{{"query", text}, {"results", nullptr}});
+            continue;
+        }
+        times.push_back(answer.milliseconds);
+        rows.push_back(answerRow(run, text, answer, describe(*answer.records)));
+    }
+    run.report[reportKey] = rows;
+    return std::nullopt;
+}
 
-    // Where the contacts go.
-    const std::optional<TemporaryDirectory> temporary =
-        options.dataDir ? std::nullopt : TemporaryDirectory::create("ycontacts-demo-");
-    if (!options.dataDir && !temporary) return problem("cannot create a temporary directory for the demo", exitFailed);
-    const DataDirectory data{options.dataDir ? std::filesystem::path(*options.dataDir) : temporary->path()};
-    if (auto trouble = data.prepareForWriting()) return problem(*trouble, exitBadInput);
+// The first lines of the narration and of the report: the server, its sample data and the data directory.
+void describeServer(DemoRun& run, double generatedSeconds) {
+    const auto& server = *run.server;
+    run.narrate.say("YContacts demo\n");
+    run.narrate.say("  server  %s, sample data of %s: %s personal contacts, %s in organisation %s (made in %s)\n",
+                    server.baseURL().c_str(), run.yuid.c_str(), format::count(run.serverPersonal).c_str(),
+                    format::count(run.serverOrg).c_str(), run.yoid.value_or("-").c_str(),
+                    format::duration(generatedSeconds).c_str());
+    run.narrate.say("  data    %s%s\n", run.data.root.string().c_str(), run.temporary ? " (removed at the end)" : "");
+    run.report["server"] = Json{{"url", server.baseURL()},
+                                {"yuid", run.yuid},
+                                {"yoid", run.yoid ? Json(*run.yoid) : Json()},
+                                {"personal", run.serverPersonal},
+                                {"org", run.serverOrg},
+                                {"generatedSeconds", generatedSeconds}};
+    run.report["dataDir"] = run.data.root.string();
+    run.report["dataDirKept"] = !run.temporary.has_value();
+}
 
-    // The server, with its generated data.
+// The data directory, the sample server with its generated data, and the library's session over both.
+StepEnd startServer(DemoRun& run) {
+    if (!run.options.dataDir && !run.temporary)
+        return problem("cannot create a temporary directory for the demo", exitFailed);
+    if (auto trouble = run.data.prepareForWriting()) return problem(*trouble, exitBadInput);
+
     const auto generating = std::chrono::steady_clock::now();
     sample_server::SampleServerOptions serverOptions;
-    serverOptions.seed = options.seed;
-    serverOptions.personalContactsPerUser = options.contacts;
-    serverOptions.orgContactsPerOrg = options.orgContacts;
-    sample_server::SampleContactsServer server(serverOptions);
+    serverOptions.seed = run.options.seed;
+    serverOptions.personalContactsPerUser = run.options.contacts;
+    serverOptions.orgContactsPerOrg = run.options.orgContacts;
+    run.server = std::make_unique<sample_server::SampleContactsServer>(serverOptions);
+    auto& server = *run.server;
     if (server.start() < 0) return problem("cannot start the sample server on 127.0.0.1", exitFailed);
     const double generatedSeconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - generating).count();
-    const std::string yuid = server.userIds().front();
-    const std::optional<std::string> yoid = server.yoidOf(yuid);
-    const auto serverPersonal = static_cast<std::int64_t>(server.contacts(yuid, false).size());
-    const auto serverOrg = yoid ? static_cast<std::int64_t>(server.contacts(*yoid, true).size()) : 0;
-
-    narrate.say("YContacts demo\n");
-    narrate.say("  server  %s, sample data of %s: %s personal contacts, %s in organisation %s (made in %s)\n",
-                server.baseURL().c_str(), yuid.c_str(), format::count(serverPersonal).c_str(),
-                format::count(serverOrg).c_str(), yoid.value_or("-").c_str(),
-                format::duration(generatedSeconds).c_str());
-    narrate.say("  data    %s%s\n", data.root.string().c_str(), temporary ? " (removed at the end)" : "");
-    report["server"] = Json{{"url", server.baseURL()},
-                            {"yuid", yuid},
-                            {"yoid", yoid ? Json(*yoid) : Json()},
-                            {"personal", serverPersonal},
-                            {"org", serverOrg},
-                            {"generatedSeconds", generatedSeconds}};
-    report["dataDir"] = data.root.string();
-    report["dataDirKept"] = !temporary.has_value();
+    run.yuid = server.userIds().front();
+    run.yoid = server.yoidOf(run.yuid);
+    run.serverPersonal = static_cast<std::int64_t>(server.contacts(run.yuid, false).size());
+    run.serverOrg = run.yoid ? static_cast<std::int64_t>(server.contacts(*run.yoid, true).size()) : 0;
+    run.target = pickTarget(server.contacts(run.yuid, false));
+    describeServer(run, generatedSeconds);
 
     const auto parsed = ServerAddress::parse(server.baseURL());
-    SessionSettings settings{data, parsed.address, false, {{yuid, server.userToken(yuid)}}, options.verbose};
+    SessionSettings settings{run.data, parsed.address, false, {{run.yuid, server.userToken(run.yuid)}},
+                             run.options.verbose};
     if (auto trouble = Session::open(settings)) return problem(*trouble, exitFailed);
-    bool allChecksPassed = true;
+    return std::nullopt;
+}
 
-    // 1. The initial download, fed to the progress bar by the library's notifications.
-    narrate.say("\nInitial download (personal contacts first, then the organisation's)\n");
-    const std::int64_t expected = serverPersonal + serverOrg;
-    auto line = options.json ? nullptr : std::make_shared<ProgressLine>(stdout, expected);
-    const SyncRun initial = SyncRun::perform(SyncRun::Kind::reset, yuid, yoid, line, syncIdleTimeout);
+// The initial download, fed to the progress bar by the library's notifications.
+StepEnd downloadEverything(DemoRun& run) {
+    run.narrate.say("\nInitial download (personal contacts first, then the organisation's)\n");
+    auto line = run.options.json ? nullptr : std::make_shared<ProgressLine>(stdout, run.serverPersonal + run.serverOrg);
+    run.initial = SyncRun::perform(SyncRun::Kind::reset, run.yuid, run.yoid, line, syncIdleTimeout);
+    const SyncRun& initial = run.initial;
     if (initial.outcome == SyncWatcher::Outcome::interrupted) return interrupted();
     if (initial.outcome != SyncWatcher::Outcome::completed) {
         return problem(std::string("the initial download ") +
@@ -256,174 +241,164 @@ int runDemo(const DemoOptions& options) {
                            ")",
                        exitFailed);
     }
-    const auto stored = Session::syncHandler().getContactCount(yuid);
-    const SyncTally storedTally{stored ? stored->second : -1, stored ? stored->first : -1};
-    const bool storedMatches = storedTally.personal == serverPersonal && storedTally.org == serverOrg;
-    allChecksPassed &= storedMatches;
-    const double initialRate = initial.progress.elapsedSeconds > 0
-                                   ? static_cast<double>(initial.progress.received()) / initial.progress.elapsedSeconds
-                                   : 0;
-    narrate.say("  stored %s personal and %s organisation contacts: %s\n", format::count(storedTally.personal).c_str(),
-                format::count(storedTally.org).c_str(),
-                storedMatches ? "the same as on the server" : "NOT the same as on the server");
-    report["initialSync"] = Json{{"outcome", outcomeName(initial.outcome)},
-                                 {"pages", initial.progress.pages},
-                                 {"contacts", initial.progress.received()},
-                                 {"seconds", initial.progress.elapsedSeconds},
-                                 {"contactsPerSecond", initialRate},
-                                 {"stored", tallyJson(storedTally)},
-                                 {"matchesServer", storedMatches}};
+    const auto stored = Session::syncHandler().getContactCount(run.yuid);
+    run.stored = SyncTally{stored ? stored->second : -1, stored ? stored->first : -1};
+    const bool storedMatches = run.stored.personal == run.serverPersonal && run.stored.org == run.serverOrg;
+    run.allChecksPassed &= storedMatches;
+    run.narrate.say("  stored %s personal and %s organisation contacts: %s\n",
+                    format::count(run.stored.personal).c_str(), format::count(run.stored.org).c_str(),
+                    storedMatches ? "the same as on the server" : "NOT the same as on the server");
+    run.report["initialSync"] = Json{{"outcome", outcomeName(initial.outcome)},
+                                     {"pages", initial.progress.pages},
+                                     {"contacts", initial.progress.received()},
+                                     {"seconds", initial.progress.elapsedSeconds},
+                                     {"contactsPerSecond", contactsPerSecond(initial.progress)},
+                                     {"stored", tallyJson(run.stored)},
+                                     {"matchesServer", storedMatches}};
+    return std::nullopt;
+}
 
-    // 2. Typeahead: a person types a name, letter by letter; every keystroke asks the store.
-    const auto target = pickTarget(server.contacts(yuid, false));
+// A person types a name, letter by letter; every keystroke asks the store.
+StepEnd typeahead(DemoRun& run) {
+    const auto& target = run.target;
     std::vector<std::string> typed;
     for (std::size_t length = 1; length <= 4; ++length) typed.push_back(prefix(target.firstName, length));
     typed.push_back(target.firstName + " " + prefix(target.lastName.value_or(""), 1));
-    narrate.say("\nTypeahead from the local store, towards \"%s %s\" (first %d results)\n", target.firstName.c_str(),
-                target.lastName.value_or("").c_str(), shownResults);
-    std::vector<double> typeaheadTimes;
-    Json typeahead = Json::array();
-    for (const auto& text : typed) {
-        if (Interrupt::requested()) return interrupted();
-        const auto result = searchContacts(yuid, yoid, text, shownResults, RequestType::local);
-        if (!result.answered || !result.records) {
-            allChecksPassed = false;
-            narrate.say("  %s no answer\n", format::column("\"" + text + "\"", 22).c_str());
-            typeahead.push_back(Json{{"query", text}, {"results", nullptr}});
-            continue;
-        }
-        typeaheadTimes.push_back(result.milliseconds);
-        narrate.say("  %s %s %s  %s\n", format::column("\"" + text + "\"", 22).c_str(),
-                    format::column(format::count(static_cast<std::int64_t>(result.records->size())) + " shown", 9).c_str(),
-                    format::column(format::milliseconds(result.milliseconds), 9).c_str(), names(*result.records).c_str());
-        typeahead.push_back(Json{{"query", text},
-                                 {"results", result.records->size()},
-                                 {"milliseconds", result.milliseconds}});
-    }
-    report["typeahead"] = typeahead;
+    run.narrate.say("\nTypeahead from the local store, towards \"%s %s\" (first %d results)\n",
+                    target.firstName.c_str(), target.lastName.value_or("").c_str(), shownResults);
+    const auto ask = [&run](const std::string& text) {
+        return searchContacts(run.yuid, run.yoid, text, shownResults, RequestType::local);
+    };
+    return typeAlong<YContact>(run, typed, ask, names, run.typeaheadTimes, "typeahead");
+}
 
-    // 3. Suggestions: addresses offered while an address is typed; longer keywords narrow the cached rows.
-    const std::string address = primaryAddressOf(target);
+// Addresses offered while an address is typed; longer keywords narrow the cached rows.
+StepEnd suggestions(DemoRun& run) {
+    const std::string address = primaryAddressOf(run.target);
     const std::string local = address.substr(0, address.find('@'));
-    std::vector<std::string> suggestionTexts;
+    std::vector<std::string> typed;
     for (std::size_t length : {1, 2, 3, 5}) {
         const auto text = prefix(local, length);
-        if (suggestionTexts.empty() || suggestionTexts.back() != text) suggestionTexts.push_back(text);
+        if (typed.empty() || typed.back() != text) typed.push_back(text);
     }
-    narrate.say("\nAddress suggestions from the local store, towards %s\n", address.c_str());
-    std::vector<double> suggestionTimes;
-    Json suggestions = Json::array();
-    for (const auto& text : suggestionTexts) {
-        if (Interrupt::requested()) return interrupted();
-        const auto result = suggest(yuid, yoid, text, shownResults);
-        if (!result.answered || !result.records) {
-            allChecksPassed = false;
-            narrate.say("  %s no answer\n", format::column("\"" + text + "\"", 22).c_str());
-            suggestions.push_back(Json{{"query", text}, {"results", nullptr}});
-            continue;
-        }
-        suggestionTimes.push_back(result.milliseconds);
-        narrate.say("  %s %s %s  %s\n", format::column("\"" + text + "\"", 22).c_str(),
-                    format::column(format::count(static_cast<std::int64_t>(result.records->size())) + " shown", 9).c_str(),
-                    format::column(format::milliseconds(result.milliseconds), 9).c_str(),
-                    addresses(*result.records).c_str());
-        suggestions.push_back(Json{{"query", text},
-                                   {"results", result.records->size()},
-                                   {"milliseconds", result.milliseconds}});
-    }
-    report["suggestions"] = suggestions;
+    run.narrate.say("\nAddress suggestions from the local store, towards %s\n", address.c_str());
+    const auto ask = [&run](const std::string& text) {
+        return suggestAddresses(run.yuid, run.yoid, text, shownResults);
+    };
+    return typeAlong<YSuggestionContact>(run, typed, ask, addresses, run.suggestionTimes, "suggestions");
+}
 
-    // 4. The same kind of search answered by the server, for comparison.
-    const std::string serverText = prefix(target.firstName, 3);
-    const auto serverResult = searchContacts(yuid, yoid, serverText, shownResults, RequestType::server);
-    narrate.say("\nServer search\n");
-    if (serverResult.answered && serverResult.records) {
-        narrate.say("  %s %s %s  %s\n", format::column("\"" + serverText + "\"", 22).c_str(),
-                    format::column(format::count(static_cast<std::int64_t>(serverResult.records->size())) + " shown", 9)
-                        .c_str(),
-                    format::column(format::milliseconds(serverResult.milliseconds), 9).c_str(),
-                    names(*serverResult.records).c_str());
-        report["serverSearch"] = Json{{"query", serverText},
-                                      {"results", serverResult.records->size()},
-                                      {"milliseconds", serverResult.milliseconds}};
+// The same kind of search answered by the server, for comparison.
+StepEnd serverSearch(DemoRun& run) {
+    const std::string text = prefix(run.target.firstName, 3);
+    const auto answer = searchContacts(run.yuid, run.yoid, text, shownResults, RequestType::server);
+    run.narrate.say("\nServer search\n");
+    if (answer.answered && answer.records) {
+        run.report["serverSearch"] = answerRow(run, text, answer, names(*answer.records));
+        run.serverSearchMilliseconds = answer.milliseconds;
     } else {
-        allChecksPassed = false;
-        narrate.say("  \"%s\" no answer from the server\n", serverText.c_str());
-        report["serverSearch"] = Json{{"query", serverText}, {"results", nullptr}};
+        run.allChecksPassed = false;
+        run.narrate.say("  \"%s\" no answer from the server\n", text.c_str());
+        run.report["serverSearch"] = Json{{"query", text}, {"results", nullptr}};
     }
     if (Interrupt::requested()) return interrupted();
+    return std::nullopt;
+}
 
-    // 5. Another device changes contacts on the server; an incremental sync brings exactly those changes.
-    const ServerChanges changes = changeOnServer(server, yuid, yoid);
-    narrate.say("\nChanges made on the server: %s added, %s updated, %s deleted\n", tallyText(changes.added).c_str(),
-                tallyText(changes.updated).c_str(), tallyText(changes.deleted).c_str());
-    narrate.say("Incremental sync\n");
-    auto syncLine = options.json ? nullptr : std::make_shared<ProgressLine>(stdout, std::nullopt);
-    const SyncRun incremental = SyncRun::perform(SyncRun::Kind::sync, yuid, yoid, syncLine, syncIdleTimeout);
+// Another device changes contacts on the server; an incremental sync brings exactly those changes.
+StepEnd changeOnServerAndSync(DemoRun& run) {
+    run.changes = DemoServerChanges::make(*run.server, run.yuid, run.yoid);
+    const auto& changes = run.changes;
+    run.narrate.say("\nChanges made on the server: %s added, %s updated, %s deleted\n",
+                    tallyText(changes.added).c_str(), tallyText(changes.updated).c_str(),
+                    tallyText(changes.deleted).c_str());
+    run.narrate.say("Incremental sync\n");
+    auto line = run.options.json ? nullptr : std::make_shared<ProgressLine>(stdout, std::nullopt);
+    run.incremental = SyncRun::perform(SyncRun::Kind::sync, run.yuid, run.yoid, line, syncIdleTimeout);
+    const SyncRun& incremental = run.incremental;
     if (incremental.outcome == SyncWatcher::Outcome::interrupted) return interrupted();
     const auto& seen = incremental.progress;
     const bool changesMatch = incremental.outcome == SyncWatcher::Outcome::completed && !seen.initial &&
                               sameTally(seen.added, changes.added) && sameTally(seen.updated, changes.updated) &&
                               sameTally(seen.deleted, changes.deleted);
-    allChecksPassed &= changesMatch;
-    narrate.say("  %s: %s added, %s updated, %s deleted: %s\n", outcomeName(incremental.outcome),
-                tallyText(seen.added).c_str(), tallyText(seen.updated).c_str(), tallyText(seen.deleted).c_str(),
-                changesMatch ? "exactly the changes made on the server" : "NOT the changes made on the server");
+    run.allChecksPassed &= changesMatch;
+    run.narrate.say("  %s: %s added, %s updated, %s deleted: %s\n", outcomeName(incremental.outcome),
+                    tallyText(seen.added).c_str(), tallyText(seen.updated).c_str(), tallyText(seen.deleted).c_str(),
+                    changesMatch ? "exactly the changes made on the server" : "NOT the changes made on the server");
+    run.report["changes"] = Json{{"added", tallyJson(changes.added)},
+                                 {"updated", tallyJson(changes.updated)},
+                                 {"deleted", tallyJson(changes.deleted)}};
+    run.report["incrementalSync"] = Json{{"outcome", outcomeName(incremental.outcome)},
+                                         {"initial", seen.initial},
+                                         {"pages", seen.pages},
+                                         {"added", tallyJson(seen.added)},
+                                         {"updated", tallyJson(seen.updated)},
+                                         {"deleted", tallyJson(seen.deleted)},
+                                         {"seconds", seen.elapsedSeconds},
+                                         {"matchesServer", changesMatch}};
+    return std::nullopt;
+}
 
-    // The store agrees: added contacts are found, deleted ones are gone.
+// The store agrees with the server: added contacts are found, deleted ones are gone.
+void checkTheStore(DemoRun& run) {
+    const auto& changes = run.changes;
     std::size_t addedFound = 0;
-    for (const auto& id : changes.addedIds) addedFound += lookUp(yuid, id).has_value() ? 1 : 0;
+    for (const auto& id : changes.addedIds) addedFound += lookUpContact(run.yuid, id).has_value() ? 1 : 0;
     std::size_t deletedGone = 0;
-    for (const auto& id : changes.deletedIds) deletedGone += lookUp(yuid, id).has_value() ? 0 : 1;
-    const auto demoSearch = searchContacts(yuid, yoid, "Demo", 50, RequestType::local);
+    for (const auto& id : changes.deletedIds) deletedGone += lookUpContact(run.yuid, id).has_value() ? 0 : 1;
+    const auto demoSearch = searchContacts(run.yuid, run.yoid, "Demo", 50, RequestType::local);
     const std::size_t foundBySearch = demoSearch.records ? demoSearch.records->size() : 0;
     const bool storeAgrees = addedFound == changes.addedIds.size() && deletedGone == changes.deletedIds.size() &&
                              foundBySearch == changes.addedIds.size();
-    allChecksPassed &= storeAgrees;
-    narrate.say("  in the store: %zu of %zu added contacts found by id and %zu by searching \"Demo\"; %zu of %zu "
-                "deleted contacts gone\n",
-                addedFound, changes.addedIds.size(), foundBySearch, deletedGone, changes.deletedIds.size());
-    report["changes"] = Json{{"added", tallyJson(changes.added)},
-                             {"updated", tallyJson(changes.updated)},
-                             {"deleted", tallyJson(changes.deleted)}};
-    report["incrementalSync"] = Json{{"outcome", outcomeName(incremental.outcome)},
-                                     {"initial", seen.initial},
-                                     {"pages", seen.pages},
-                                     {"added", tallyJson(seen.added)},
-                                     {"updated", tallyJson(seen.updated)},
-                                     {"deleted", tallyJson(seen.deleted)},
-                                     {"seconds", seen.elapsedSeconds},
-                                     {"matchesServer", changesMatch},
-                                     {"storeAgrees", storeAgrees}};
+    run.allChecksPassed &= storeAgrees;
+    run.narrate.say("  in the store: %zu of %zu added contacts found by id and %zu by searching \"Demo\"; %zu of %zu "
+                    "deleted contacts gone\n",
+                    addedFound, changes.addedIds.size(), foundBySearch, deletedGone, changes.deletedIds.size());
+    run.report["incrementalSync"]["storeAgrees"] = storeAgrees;
+}
 
-    // 6. Summary.
+void summarise(DemoRun& run) {
     std::error_code ignored;
-    const auto databaseBytes = std::filesystem::file_size(data.database(), ignored);
-    report["databaseBytes"] = ignored ? 0 : databaseBytes;
-    report["typeaheadMedianMilliseconds"] = median(typeaheadTimes);
-    report["suggestionsMedianMilliseconds"] = median(suggestionTimes);
-    report["passed"] = allChecksPassed;
+    const auto databaseBytes = std::filesystem::file_size(run.data.database(), ignored);
+    run.report["databaseBytes"] = ignored ? 0 : databaseBytes;
+    run.report["typeaheadMedianMilliseconds"] = median(run.typeaheadTimes);
+    run.report["suggestionsMedianMilliseconds"] = median(run.suggestionTimes);
+    run.report["passed"] = run.allChecksPassed;
 
-    narrate.say("\nSummary\n");
-    narrate.say("  initial download   %s contacts (%s personal + %s organisation) in %s, %s contacts/s, %d pages\n",
-                format::count(initial.progress.received()).c_str(), format::count(storedTally.personal).c_str(),
-                format::count(storedTally.org).c_str(), format::duration(initial.progress.elapsedSeconds).c_str(),
-                format::count(static_cast<std::int64_t>(initialRate)).c_str(), initial.progress.pages);
-    narrate.say("  database           %s MiB\n",
-                format::count(static_cast<std::int64_t>((ignored ? 0 : databaseBytes) / (1024 * 1024))).c_str());
-    narrate.say("  typeahead          median %s over %zu searches (local store)\n",
-                format::milliseconds(median(typeaheadTimes)).c_str(), typeaheadTimes.size());
-    narrate.say("  suggestions        median %s over %zu searches (local store)\n",
-                format::milliseconds(median(suggestionTimes)).c_str(), suggestionTimes.size());
-    if (serverResult.records)
-        narrate.say("  server search      %s\n", format::milliseconds(serverResult.milliseconds).c_str());
-    narrate.say("  incremental sync   %s added, %s updated, %s deleted in %s\n",
-                format::count(seen.added.total()).c_str(), format::count(seen.updated.total()).c_str(),
-                format::count(seen.deleted.total()).c_str(), format::duration(seen.elapsedSeconds).c_str());
-    narrate.say("  checks             %s\n", allChecksPassed ? "all passed" : "SOME FAILED (see above)");
+    const auto& initial = run.initial.progress;
+    const auto& seen = run.incremental.progress;
+    run.narrate.say("\nSummary\n");
+    run.narrate.say("  initial download   %s contacts (%s personal + %s organisation) in %s, %s contacts/s, %d pages\n",
+                    format::count(initial.received()).c_str(), format::count(run.stored.personal).c_str(),
+                    format::count(run.stored.org).c_str(), format::duration(initial.elapsedSeconds).c_str(),
+                    format::count(static_cast<std::int64_t>(contactsPerSecond(initial))).c_str(), initial.pages);
+    run.narrate.say("  database           %s MiB\n",
+                    format::count(static_cast<std::int64_t>((ignored ? 0 : databaseBytes) / (1024 * 1024))).c_str());
+    run.narrate.say("  typeahead          median %s over %zu searches (local store)\n",
+                    format::milliseconds(median(run.typeaheadTimes)).c_str(), run.typeaheadTimes.size());
+    run.narrate.say("  suggestions        median %s over %zu searches (local store)\n",
+                    format::milliseconds(median(run.suggestionTimes)).c_str(), run.suggestionTimes.size());
+    if (run.serverSearchMilliseconds)
+        run.narrate.say("  server search      %s\n", format::milliseconds(*run.serverSearchMilliseconds).c_str());
+    run.narrate.say("  incremental sync   %s added, %s updated, %s deleted in %s\n",
+                    format::count(seen.added.total()).c_str(), format::count(seen.updated.total()).c_str(),
+                    format::count(seen.deleted.total()).c_str(), format::duration(seen.elapsedSeconds).c_str());
+    run.narrate.say("  checks             %s\n", run.allChecksPassed ? "all passed" : "SOME FAILED (see above)");
+}
 
-    if (options.json) std::printf("%s\n", report.dump(2).c_str());
-    return allChecksPassed ? exitOk : exitFailed;
+}  // namespace
+
+int runDemo(const DemoOptions& options) {
+    configureLogging(options.verbose);
+    DemoRun run(options);
+    for (const auto step :
+         {startServer, downloadEverything, typeahead, suggestions, serverSearch, changeOnServerAndSync}) {
+        if (auto end = step(run)) return *end;
+    }
+    checkTheStore(run);
+    summarise(run);
+    if (options.json) std::printf("%s\n", run.report.dump(2).c_str());
+    return run.allChecksPassed ? exitOk : exitFailed;
 }
 
 }  // namespace ycontacts_cli

@@ -2,6 +2,6 @@
 
 namespace ycontacts {
 
-std::shared_ptr<Logger> Configuration::logger = std::make_shared<Logger>();
+std::shared_ptr<Logger>& Configuration::logger = Logger::hostSlot();
 
 }  // namespace ycontacts

@@ -1,5 +1,5 @@
 #pragma once
-// Configuration: the host's logger slot; the library itself writes nothing through it.
+// Configuration: where a host installs the logger that the library writes its log through.
 
 #include <memory>
 
@@ -11,8 +11,9 @@ class Configuration {
 public:
     Configuration() = delete;
 
-    // Starts as a Logger built without arguments. A host replaces it before its first call, from one thread.
-    static std::shared_ptr<Logger> logger;
+    // The library's logger, Logger::hostSlot() itself: a Logger built without arguments (spdlog on stderr)
+    // until a host puts its own here, before its first call and from one thread.
+    static std::shared_ptr<Logger>& logger;
 };
 
 }  // namespace ycontacts

@@ -462,22 +462,6 @@ TEST_F(YNetworkManagerTest, DestroyingTheManagerCancelsTransfersAndJoinsItsThrea
         << processThreadCount() << " threads, " << threadsBefore << " before";
 }
 
-TEST_F(YNetworkManagerTest, ReleasingTheLastReferenceInsideACompletionDoesNotDeadlock) {
-    auto holder = std::make_shared<std::shared_ptr<YNetworkManager>>(makeManager());
-    std::weak_ptr<YNetworkManager> watcher = *holder;
-    // The completion thread that ran the destructor finishes after this test; it must own what it touches.
-    auto released = std::make_shared<std::promise<void>>();
-    auto releasedFuture = released->get_future();
-    (*holder)->sendRequestURL(YHTTPMethod::GET, server.url("/echo"), std::nullopt, {}, {}, false,
-                              YRequestPriority::normal, std::nullopt, std::nullopt, {},
-                              [holder, released](auto, auto, auto) {
-                                  holder->reset();
-                                  released->set_value();
-                              });
-    ASSERT_EQ(releasedFuture.wait_for(kWait), std::future_status::ready);
-    EXPECT_TRUE(watcher.expired());
-}
-
 TEST(YNetworkManagerSharedInstance, IsOneClientForTheProcess) {
     const auto first = YNetworkManager::sharedInstance();
     std::shared_ptr<YNetworkManager> fromThread;

@@ -46,9 +46,11 @@ Logger::Logger(std::string name) : impl_(std::make_unique<Impl>()) {
 
 Logger::~Logger() = default;
 
-Logger& Logger::shared() {
-    static Logger instance;
-    return instance;
+Logger& Logger::shared() { return *hostSlot(); }
+
+std::shared_ptr<Logger>& Logger::hostSlot() {
+    static std::shared_ptr<Logger> slot = std::make_shared<Logger>();
+    return slot;
 }
 
 void Logger::log(Level level, std::string_view message, std::source_location location) {
@@ -76,7 +78,6 @@ void Logger::warning(std::string_view message, std::source_location location) {
 void Logger::error(std::string_view message, std::source_location location) { log(Level::error, message, location); }
 
 void Logger::setLevel(Level level) { impl_->level.store(level); }
-Logger::Level Logger::level() const { return impl_->level.load(); }
 
 void Logger::setSink(Sink sink) {
     auto shared = sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr;

@@ -31,8 +31,11 @@ public:
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
-    // The logger the library writes through.
+    // The logger the library writes through: the one in `hostSlot()`.
     static Logger& shared();
+    // Holds a Logger built without arguments until a host puts its own logger here (Configuration::logger
+    // names this slot), before the library's first call and from one thread. Never to be left empty.
+    static std::shared_ptr<Logger>& hostSlot();
 
     void log(Level level, std::string_view message,
              std::source_location location = std::source_location::current());
@@ -42,7 +45,6 @@ public:
     void error(std::string_view message, std::source_location location = std::source_location::current());
 
     void setLevel(Level level);
-    Level level() const;
     // Replaces the extra sink (none by default); pass an empty function to remove it.
     void setSink(Sink sink);
     // Turns the spdlog console output on or off (on by default).

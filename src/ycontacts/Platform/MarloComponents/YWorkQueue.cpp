@@ -15,13 +15,13 @@ namespace detail {
 // Shared by the queue and its workers so that a worker can outlive a queue destroyed from one of its tasks.
 class YWorkPool {
 public:
-    explicit YWorkPool(std::string name) : label(std::move(name)) {}
-
-    const std::string label;
+    YWorkPool(std::string label, YWorkQueue::AtShutdown atShutdown)
+        : label_(std::move(label)), atShutdown_(atShutdown) {}
 
     void post(std::function<void()> task) {
         std::lock_guard lock(mutex_);
-        if (stopping_) return;  // the task is released on return, after the lock
+        // A draining pool still takes work while stopping: its workers run until nothing is left.
+        if (stopping_ && atShutdown_ == YWorkQueue::AtShutdown::drop) return;  // released after the lock
         tasks_.push_back(std::move(task));
         wake_.notify_one();
     }
@@ -30,7 +30,7 @@ public:
         std::deque<std::function<void()>> discarded;
         std::lock_guard lock(mutex_);
         stopping_ = true;
-        discarded.swap(tasks_);
+        if (atShutdown_ == YWorkQueue::AtShutdown::drop) discarded.swap(tasks_);
         wake_.notify_all();
         // `discarded` is destroyed after the lock is released (reverse declaration order).
     }
@@ -41,21 +41,23 @@ public:
             {
                 std::unique_lock lock(mutex_);
                 wake_.wait(lock, [&] { return stopping_ || !tasks_.empty(); });
-                if (stopping_) return;
+                if (tasks_.empty()) return;
                 task = std::move(tasks_.front());
                 tasks_.pop_front();
             }
             try {
                 if (task) task();
             } catch (const std::exception& exception) {
-                Logger::shared().error("Task on work queue " + label + " threw: " + exception.what());
+                Logger::shared().error("Task on work queue " + label_ + " threw: " + exception.what());
             } catch (...) {
-                Logger::shared().error("Task on work queue " + label + " threw a non-standard exception");
+                Logger::shared().error("Task on work queue " + label_ + " threw a non-standard exception");
             }
         }
     }
 
 private:
+    const std::string label_;
+    const YWorkQueue::AtShutdown atShutdown_;
     std::mutex mutex_;
     std::condition_variable wake_;
     std::deque<std::function<void()>> tasks_;
@@ -64,8 +66,8 @@ private:
 
 }  // namespace detail
 
-YWorkQueue::YWorkQueue(std::string label, std::size_t threadCount)
-    : pool_(std::make_shared<detail::YWorkPool>(std::move(label))) {
+YWorkQueue::YWorkQueue(std::string label, std::size_t threadCount, AtShutdown atShutdown)
+    : pool_(std::make_shared<detail::YWorkPool>(std::move(label), atShutdown)) {
     const auto count = std::max<std::size_t>(threadCount, 1);
     threads_.reserve(count);
     for (std::size_t index = 0; index < count; ++index) {
@@ -84,8 +86,6 @@ YWorkQueue::~YWorkQueue() {
         }
     }
 }
-
-const std::string& YWorkQueue::label() const { return pool_->label; }
 
 std::size_t YWorkQueue::threadCount() const { return threads_.size(); }
 

@@ -14,25 +14,33 @@ namespace detail {
 class YWorkPool;
 }
 
-// Tasks start in submission order but run concurrently, so they finish in any order. A task that throws
-// is logged and the worker goes on.
+// Tasks start in submission order but run concurrently, so they finish in any order. A task runs with no
+// lock of the queue held; one that throws is logged and the worker goes on.
 class YWorkQueue {
 public:
-    // `threadCount` of 0 is taken as 1.
-    YWorkQueue(std::string label, std::size_t threadCount);
-    // Discards the tasks not yet started (on the calling thread), lets running tasks finish and joins the
-    // workers. When called from one of its own workers, that worker is detached and ends after its task.
+    // What the destructor does with the tasks submitted but not started yet.
+    enum class AtShutdown {
+        // Runs them, and those they submit, before the workers end: for work whose loss would go unreported.
+        drain,
+        // Discards them on the destroying thread; tasks submitted from then on are discarded as well.
+        drop,
+    };
+
+    // `threadCount` of 0 is taken as 1; `label` names the queue in its log lines.
+    YWorkQueue(std::string label, std::size_t threadCount, AtShutdown atShutdown);
+    // Lets running tasks finish, drains or drops the rest, and joins the workers. When called from one of
+    // its own workers, that worker is detached instead and ends once the queue has nothing it must run.
     ~YWorkQueue();
     YWorkQueue(const YWorkQueue&) = delete;
     YWorkQueue& operator=(const YWorkQueue&) = delete;
 
-    const std::string& label() const;
     std::size_t threadCount() const;
 
     // Safe from any thread, including a worker.
     void async(std::function<void()> task);
 
 private:
+    // Each worker holds the pool itself, so a worker detached by a destructor running on it stays valid.
     std::shared_ptr<detail::YWorkPool> pool_;
     std::vector<std::thread> threads_;
 };

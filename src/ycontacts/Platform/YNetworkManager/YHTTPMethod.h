@@ -1,17 +1,21 @@
 #pragma once
 // YHTTPMethod: the HTTP method of a request sent through YNetworkManager.
 
-#include <optional>
-#include <string_view>
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 
 // GET comes first: it is the method the contacts calls use.
 enum class YHTTPMethod { GET, POST, PUT, DELETE, PATCH, HEAD };
 
-// The method's token as written on the request line ("GET", "POST", ...).
-std::string_view rawValue(YHTTPMethod method);
-// The method for a request-line token; case-sensitive, as the tokens are. Unknown text gives no value.
-std::optional<YHTTPMethod> httpMethodFromRawValue(std::string_view raw);
+// The method's token as written on the request line. Each is a string literal, so it ends with a NUL.
+template <>
+struct YRawValues<YHTTPMethod> {
+    using E = YHTTPMethod;
+    static constexpr YRawValueEntry<E> entries[] = {
+        {E::GET, "GET"},       {E::POST, "POST"},   {E::PUT, "PUT"},
+        {E::DELETE, "DELETE"}, {E::PATCH, "PATCH"}, {E::HEAD, "HEAD"},
+    };
+};
 
 }  // namespace ycontacts

@@ -12,7 +12,7 @@
 #include <variant>
 
 #include "ycontacts/Platform/MarloComponents/Logger.h"
-#include "ycontacts/Platform/YNetworkManager/YCompletionExecutor.h"
+#include "ycontacts/Platform/MarloComponents/YWorkQueue.h"
 #include "ycontacts/Platform/YNetworkManager/YURLEncoding.h"
 
 namespace ycontacts {
@@ -230,7 +230,7 @@ bool configure(Transfer& transfer, RequestParts& parts, const YNetworkManager::O
         case YHTTPMethod::POST: set(CURLOPT_POST, 1L); break;
         case YHTTPMethod::PUT:
         case YHTTPMethod::DELETE:
-        case YHTTPMethod::PATCH: set(CURLOPT_CUSTOMREQUEST, rawValue(parts.method).data()); break;
+        case YHTTPMethod::PATCH: set(CURLOPT_CUSTOMREQUEST, toRawValue(parts.method).data()); break;
     }
     if (carriesBody && parts.multipartFields) {
         transfer.mime = curl_mime_init(easy);
@@ -269,7 +269,8 @@ struct YNetworkManager::Impl {
 
     Options options;
     std::atomic<std::int64_t> nextTaskId{1};
-    YCompletionExecutor executor;
+    // Drains at shutdown: every request's completion runs, even the cancellations posted by the destructor.
+    YWorkQueue completions;
     CURLM* multi = nullptr;
 
     // Handed from callers to the I/O thread; `multi` is woken under this lock, so it cannot be woken
@@ -290,7 +291,8 @@ struct YNetworkManager::Impl {
     std::map<std::string, HostQueue> hosts;
     std::thread ioThread;
 
-    explicit Impl(Options opts) : options(opts), executor(opts.completionThreads) {
+    explicit Impl(Options opts)
+        : options(opts), completions("network.completions", opts.completionThreads, YWorkQueue::AtShutdown::drain) {
         initialiseCurlOnce();
         multi = curl_multi_init();
         if (multi == nullptr) {
@@ -308,7 +310,7 @@ struct YNetworkManager::Impl {
         }
         if (ioThread.joinable()) ioThread.join();
         if (multi != nullptr) curl_multi_cleanup(multi);
-        // `executor`, destroyed after this body, runs the completions already posted and joins its threads.
+        // `completions`, destroyed after this body, runs the completions already posted and joins its threads.
     }
 
     std::int64_t start(RequestParts parts, const std::optional<YActivityMetaData>& metadata,
@@ -336,7 +338,7 @@ struct YNetworkManager::Impl {
             fail(std::move(transfer), {YNetworkError::unknown, "the request could not be set up"});
             return taskId;
         }
-        Logger::shared().debug("network task queued " + std::string(rawValue(parts.method)) + ", task " +
+        Logger::shared().debug("network task queued " + std::string(toRawValue(parts.method)) + ", task " +
                                transfer->label);
 
         std::unique_lock lock(commandsMutex);
@@ -369,8 +371,8 @@ struct YNetworkManager::Impl {
     void deliver(YNetworkCompletion completion, std::optional<std::vector<std::uint8_t>> data,
                  std::optional<YHTTPURLResponse> response, std::optional<YNetworkError> error) {
         if (!completion) return;
-        executor.post([completion = std::move(completion), data = std::move(data), response = std::move(response),
-                       error = std::move(error)]() mutable {
+        completions.async([completion = std::move(completion), data = std::move(data),
+                           response = std::move(response), error = std::move(error)]() mutable {
             completion(std::move(data), std::move(response), std::move(error));
         });
     }

@@ -1,7 +1,7 @@
 #pragma once
 // YContactError: what went wrong in a server call or a download; the case is all a failure carries.
 
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 

@@ -1,7 +1,7 @@
 #pragma once
 // YContactImageStatus: what a photo request found: still current (304), no photo (204 or 403), or a new image (200).
 
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 

@@ -1,7 +1,7 @@
 #pragma once
 // YContactsNetworkCall: names which kind of server call is meant.
 
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 
