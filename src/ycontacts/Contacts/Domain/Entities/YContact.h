@@ -10,7 +10,7 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 

@@ -2,7 +2,7 @@
 // YContactType: whether a contact entry is a single user or a group.
 
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 

@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "ycontacts/Contacts/Domain/Entities/YRawValue.h"
+#include "ycontacts/Platform/MarloComponents/YRawValue.h"
 
 namespace ycontacts {
 
