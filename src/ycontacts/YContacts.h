@@ -20,7 +20,6 @@
 #include "ycontacts/Contacts/Domain/Entities/YContactUsageCountResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
-#include "ycontacts/Contacts/Domain/Entities/YTemporaryId.h"
 
 // Requests, responses and the use cases that connect them.
 #include "ycontacts/Contacts/Domain/RequestType.h"
@@ -80,9 +79,8 @@
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
 
-// Platform pieces a host meets: logging, preferences, notifications, raw values, queues and the use-case base.
+// Platform pieces a host meets: logging, notifications, raw values, queues and the use-case base.
 #include "ycontacts/Platform/MarloComponents/Logger.h"
-#include "ycontacts/Platform/MarloComponents/SafeReadWrite.h"
 #include "ycontacts/Platform/MarloComponents/UsecaseQueue.h"
 #include "ycontacts/Platform/MarloComponents/YActivityMetaData.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
@@ -90,5 +88,3 @@
 #include "ycontacts/Platform/MarloComponents/YRequest.h"
 #include "ycontacts/Platform/MarloComponents/YResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
-#include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
-#include "ycontacts/Platform/MarloComponents/YWorkQueue.h"

@@ -4,10 +4,11 @@
 #include <memory>
 
 #include "ycontacts/Platform/MarloComponents/Logger.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class Configuration {
+class YCONTACTS_EXPORT Configuration {
 public:
     Configuration() = delete;
 

@@ -26,6 +26,7 @@
 #include "ycontacts/Contacts/YContactSyncHandlerContract.h"
 #include "ycontacts/Contacts/YContactsAuthenticationContract.h"
 #include "ycontacts/Contacts/YLazySlot.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
@@ -40,7 +41,7 @@ namespace ycontacts {
 // First use is safe from several threads at once: each slot is built under its own std::call_once, so
 // concurrent first readers wait for one build. `config` itself is a plain field and is not synchronised:
 // writing it while another thread makes a first call is a race, as with any unsynchronised field.
-class YContactService {
+class YCONTACTS_EXPORT YContactService {
 public:
     struct Config {
         Config(std::shared_ptr<YContactsAuthenticationContract> authenticator,
@@ -58,8 +59,8 @@ public:
     // Sync controls for the host. The four commands post one task each on UsecaseQueue::queue() and return at
     // once; a task finds the handler through a weak reference and does nothing once the handler is gone. The
     // three queries answer synchronously on the caller's thread. Build it with std::make_shared.
-    class YContactSyncHandler : public YContactSyncHandlerContract,
-                                public std::enable_shared_from_this<YContactSyncHandler> {
+    class YCONTACTS_EXPORT YContactSyncHandler : public YContactSyncHandlerContract,
+                                                 public std::enable_shared_from_this<YContactSyncHandler> {
     public:
         explicit YContactSyncHandler(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

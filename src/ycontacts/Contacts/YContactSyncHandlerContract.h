@@ -6,9 +6,11 @@
 #include <string>
 #include <utility>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class YContactSyncHandlerContract {
+class YCONTACTS_EXPORT YContactSyncHandlerContract {
 public:
     // (organisation count, personal count)
     using ContactCount = std::pair<std::int64_t, std::int64_t>;

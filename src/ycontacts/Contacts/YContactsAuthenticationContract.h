@@ -6,10 +6,11 @@
 #include <string>
 
 #include "ycontacts/Contacts/Data/Network/YContactsHost.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YContactsAuthenticationContract {
+class YCONTACTS_EXPORT YContactsAuthenticationContract {
 public:
     // The value sent as the request's Authorization header, or an error text when none can be had.
     using AuthorizationCallback =

@@ -9,13 +9,14 @@
 
 #include "ycontacts/Contacts/Data/Network/YContactError.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Register with YNotificationCenter::shared().addObserver<YContactsNotification>(observer); the centre holds
 // observers weakly. Every callback has an empty default, so an observer overrides only what it needs.
 // Callbacks arrive on library threads.
-class YContactsNotification {
+class YCONTACTS_EXPORT YContactsNotification {
 public:
     virtual ~YContactsNotification() = default;
 

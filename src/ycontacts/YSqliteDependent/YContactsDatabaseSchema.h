@@ -4,10 +4,12 @@
 #include <filesystem>
 #include <string>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
 // The library never calls this; the host does, once, before the first call that needs the store.
-struct YContactsDatabaseSchema {
+struct YCONTACTS_EXPORT YContactsDatabaseSchema {
     // Creates whatever of the tables and indexes is missing in the database file (the one the host names as
     // the config's database location), in one transaction, on a connection of its own that it closes again;
     // running it again changes nothing. The file is created when missing, its folder is not. False (and a

@@ -6,10 +6,11 @@
 
 #include "ycontacts/Contacts/Domain/RequestType.h"
 #include "ycontacts/Platform/MarloComponents/YRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YContactRequest : public YRequest {
+class YCONTACTS_EXPORT YContactRequest : public YRequest {
 public:
     using RequestType = ycontacts::RequestType;
 

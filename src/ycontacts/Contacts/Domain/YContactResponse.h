@@ -2,10 +2,11 @@
 // YContactResponse: base of every contacts response.
 
 #include "ycontacts/Platform/MarloComponents/YResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YContactResponse : public YResponse {
+class YCONTACTS_EXPORT YContactResponse : public YResponse {
 public:
     YContactResponse() = default;
 };

@@ -6,13 +6,14 @@
 #include <string>
 
 #include "ycontacts/Contacts/Domain/RequestType.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // One value with named fields instead of a row of positional optionals, so that no layer can swap two of
 // them. Build it with designated initializers, leaving out what keeps its default:
 // YContactsQuery{.yuid = "u1", .searchStr = "ann", .limit = 20}.
-struct YContactsQuery {
+struct YCONTACTS_EXPORT YContactsQuery {
     // The signed-in user.
     std::string yuid{};
     // The user's organisation, which a server search of organisation contacts needs.

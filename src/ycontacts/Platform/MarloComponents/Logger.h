@@ -7,9 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class Logger {
+class YCONTACTS_EXPORT Logger {
 public:
     enum class Level { debug, info, warning, error };
 

@@ -4,10 +4,11 @@
 #include <cstddef>
 
 #include "ycontacts/Platform/MarloComponents/YWorkQueue.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class UsecaseQueue {
+class YCONTACTS_EXPORT UsecaseQueue {
 public:
     static constexpr std::size_t threadCount = 4;
 

@@ -4,9 +4,11 @@
 #include <map>
 #include <string>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-struct YActivityMetaData {
+struct YCONTACTS_EXPORT YActivityMetaData {
     std::string activityName;
     std::map<std::string, std::string> attributes;
 

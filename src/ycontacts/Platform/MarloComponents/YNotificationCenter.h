@@ -8,13 +8,15 @@
 #include <typeinfo>
 #include <vector>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
 // An observer is registered for one contract type and receives only posts of that type. Posting takes a
 // snapshot of the live observers under the lock and calls them after releasing it, so an observer may
 // post, add or remove observers from inside a notification; an observer removed or released while a post
 // is under way may still receive that one post.
-class YNotificationCenter {
+class YCONTACTS_EXPORT YNotificationCenter {
 public:
     YNotificationCenter() = default;
     YNotificationCenter(const YNotificationCenter&) = delete;

@@ -3,9 +3,11 @@
 
 #include <string>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class YRequest {
+class YCONTACTS_EXPORT YRequest {
 public:
     explicit YRequest(std::string yuid);
     virtual ~YRequest();

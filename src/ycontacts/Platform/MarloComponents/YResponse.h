@@ -1,9 +1,10 @@
 #pragma once
 // YResponse: base of every use-case response.
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YResponse {
+class YCONTACTS_EXPORT YResponse {
 public:
     YResponse() = default;
     virtual ~YResponse();

@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
 namespace detail {
@@ -16,7 +18,7 @@ class YWorkPool;
 
 // Tasks start in submission order but run concurrently, so they finish in any order. A task runs with no
 // lock of the queue held; one that throws is logged and the worker goes on.
-class YWorkQueue {
+class YCONTACTS_EXPORT YWorkQueue {
 public:
     // What the destructor does with the tasks submitted but not started yet.
     enum class AtShutdown {

@@ -12,13 +12,14 @@
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
 #include "ycontacts/Contacts/Domain/YContactsQuery.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Writes answer whether they were stored: true once every row is in the store, false when nothing of the
 // call was kept (a store rolls a failed write back whole). Callers must look: a page whose write failed is
 // not downloaded. Reads answer an absent result when the store cannot read.
-class YContactsDatabaseContract {
+class YCONTACTS_EXPORT YContactsDatabaseContract {
 public:
     // (organisation count, personal count)
     using ContactCount = std::pair<std::int64_t, std::int64_t>;

@@ -8,9 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class YContactsFileServiceContract {
+class YCONTACTS_EXPORT YContactsFileServiceContract {
 public:
     // The photo's bytes (absent when there is no readable file) and the path consulted.
     using ImageFile = std::pair<std::optional<std::vector<std::uint8_t>>, std::string>;

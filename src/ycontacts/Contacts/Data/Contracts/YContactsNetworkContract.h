@@ -9,10 +9,11 @@
 #include "ycontacts/Contacts/Data/Network/YContactNetworkResponse.h"
 #include "ycontacts/Contacts/Data/Network/YContactUsageCountNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YContactsNetworkContract {
+class YCONTACTS_EXPORT YContactsNetworkContract {
 public:
     using ContactsPageCallback = std::function<void(std::optional<YContactNetworkResponse> response)>;
     using SearchCallback = std::function<void(std::optional<std::vector<YContact>> contacts)>;

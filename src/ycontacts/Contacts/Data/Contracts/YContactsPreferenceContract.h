@@ -5,9 +5,11 @@
 #include <optional>
 #include <string>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class YContactsPreferenceContract {
+class YCONTACTS_EXPORT YContactsPreferenceContract {
 public:
     virtual ~YContactsPreferenceContract() = default;
 

@@ -9,10 +9,11 @@
 #include "ycontacts/Contacts/Data/Network/YContactError.h"
 #include "ycontacts/Contacts/Data/Network/YContactImageStatus.h"
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactImageNetworkResponse : YNetworkResponseFactory<YContactImageNetworkResponse> {
+struct YCONTACTS_EXPORT YContactImageNetworkResponse : YNetworkResponseFactory<YContactImageNetworkResponse> {
     std::optional<std::vector<std::uint8_t>> imageData;
     YContactImageStatus imageStatus = YContactImageStatus::noContent;
     // From the response's "Date" header, else its "Last-Modified" header.

@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactNetworkResponse : YNetworkResponseOf<YContactNetworkResponse> {
+struct YCONTACTS_EXPORT YContactNetworkResponse : YNetworkResponseOf<YContactNetworkResponse> {
     // The server has a further page.
     bool hasMore = false;
     // The number of records in this page as the server reports it.

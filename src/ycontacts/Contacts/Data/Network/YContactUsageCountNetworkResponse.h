@@ -6,10 +6,11 @@
 #include <string>
 
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactUsageCountNetworkResponse : YNetworkResponseOf<YContactUsageCountNetworkResponse> {
+struct YCONTACTS_EXPORT YContactUsageCountNetworkResponse : YNetworkResponseOf<YContactUsageCountNetworkResponse> {
     std::optional<std::map<std::string, std::string>> usageCountDetails;
 };
 

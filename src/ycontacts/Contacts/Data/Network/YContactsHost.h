@@ -3,9 +3,11 @@
 
 #include <string>
 
+#include "ycontacts/YContactsExport.h"
+
 namespace ycontacts {
 
-class YContactsHost {
+class YCONTACTS_EXPORT YContactsHost {
 public:
     // idc: the server is addressed directly; proxy: reached through a proxy; other: neither, with an opaque value.
     enum class Kind { idc, proxy, other };

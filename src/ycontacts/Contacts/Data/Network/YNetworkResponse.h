@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "ycontacts/Contacts/Data/Network/YContactError.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
@@ -18,7 +19,7 @@ struct YNetworkResponseFactory {
     }
 };
 
-struct YNetworkResponse : YNetworkResponseFactory<YNetworkResponse> {
+struct YCONTACTS_EXPORT YNetworkResponse : YNetworkResponseFactory<YNetworkResponse> {
     std::optional<YContactError> error;
 };
 

@@ -6,10 +6,11 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Data/Network/YNetworkResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YUpdateContactNetworkResponse : YNetworkResponseOf<YUpdateContactNetworkResponse> {
+struct YCONTACTS_EXPORT YUpdateContactNetworkResponse : YNetworkResponseOf<YUpdateContactNetworkResponse> {
     // The reply's "status" text when the server accepted the change ("success").
     std::optional<std::string> successResponse;
     // Ids the server gave the added contacts, in the order they were sent; absent for a delete.

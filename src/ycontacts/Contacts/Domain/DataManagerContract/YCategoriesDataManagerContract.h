@@ -6,13 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/Entities/YCategoryResponse.h"
+#include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/RequestType.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YCategoriesDataManagerContract {
+class YCONTACTS_EXPORT YCategoriesDataManagerContract {
 public:
     using CategoriesCallback = std::function<void(std::optional<YCategoryResponse> response)>;
     using ContactsCallback = std::function<void(std::optional<std::vector<YContact>> contacts)>;

@@ -15,12 +15,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactRequest.h"
 #include "ycontacts/Contacts/Domain/Requests/YGetContactsFromIdsRequest.h"
 #include "ycontacts/Contacts/Domain/YContactsQuery.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Queries travel as one value: a YContactsQuery for lists, searches and suggestions, the request record for
 // look-ups by id. No layer between the use case and the store spreads them into positional arguments.
-class YContactsDataManagerContract {
+class YCONTACTS_EXPORT YContactsDataManagerContract {
 public:
     using ContactsCallback = std::function<void(std::optional<std::vector<YContact>> contacts)>;
     using ContactCallback = std::function<void(std::optional<YContact> contact)>;

@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Data/Network/YUpdateContactNetworkResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YContactsUpdateDataManagerContract {
+class YCONTACTS_EXPORT YContactsUpdateDataManagerContract {
 public:
     using UpdateCallback = std::function<void(std::optional<std::string> contactId,
                                               std::optional<YUpdateContactNetworkResponse> response)>;

@@ -5,17 +5,18 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YCategoryResponse {
+struct YCONTACTS_EXPORT YCategoryResponse {
     std::vector<YContactCategory> categories;
 };
 
 // Key "categories", required: a body without it fails to decode.
 template <JsonDocument J>
-void to_json(J& json, const YCategoryResponse& value);
+YCONTACTS_EXPORT void to_json(J& json, const YCategoryResponse& value);
 template <JsonDocument J>
-void from_json(const J& json, YCategoryResponse& value);
+YCONTACTS_EXPORT void from_json(const J& json, YCategoryResponse& value);
 
 }  // namespace ycontacts

@@ -11,10 +11,11 @@
 #include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
 #include "ycontacts/Platform/MarloComponents/YRawValue.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContact {
+struct YCONTACTS_EXPORT YContact {
     enum class PhoneType { mobile, home, work, fax, others };
     enum class IMType { google, yahoo, skype, aol, icq, msn, jabber, others };
     enum class URLType { personal, company, blog, linkedIn, facebook, twitter, amazon, flikr, delicious, other };
@@ -193,37 +194,37 @@ void from_json(const J& json, YContact::Gender& value) { jsoncoding::decodeRawVa
 // Records code with keys equal to their field names. Encoding into nlohmann::ordered_json keeps the field
 // order; a failed decode throws the JSON library's exception and leaves the target unchanged.
 template <JsonDocument J>
-void to_json(J& json, const YContact::Email& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::Email& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::Email& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::Email& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::Phone& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::Phone& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::Phone& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::Phone& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::IM& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::IM& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::IM& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::IM& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::URL& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::URL& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::URL& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::URL& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::Address& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::Address& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::Address& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::Address& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::WorkInfo& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::WorkInfo& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::WorkInfo& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::WorkInfo& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact::Category& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact::Category& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact::Category& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact::Category& value);
 template <JsonDocument J>
-void to_json(J& json, const YContact& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContact& value);
 template <JsonDocument J>
-void from_json(const J& json, YContact& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContact& value);
 
 }  // namespace ycontacts
 

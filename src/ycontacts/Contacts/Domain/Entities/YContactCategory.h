@@ -5,10 +5,11 @@
 #include <string>
 
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactCategory {
+struct YCONTACTS_EXPORT YContactCategory {
     std::string categoryId;
     std::optional<std::string> categoryName;
     // The server's deletion flag, kept as the text it sent.
@@ -23,8 +24,8 @@ struct YContactCategory {
 
 // Keys "category_id" (required), "category_name" and "deleted" (if present).
 template <JsonDocument J>
-void to_json(J& json, const YContactCategory& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContactCategory& value);
 template <JsonDocument J>
-void from_json(const J& json, YContactCategory& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContactCategory& value);
 
 }  // namespace ycontacts

@@ -6,10 +6,11 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactGroup {
+struct YCONTACTS_EXPORT YContactGroup {
     std::string accId;
     std::string name;
     std::optional<std::vector<YContactCategory>> categories;

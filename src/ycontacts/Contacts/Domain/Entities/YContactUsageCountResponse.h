@@ -6,17 +6,18 @@
 #include <string>
 
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YContactUsageCountResponse {
+struct YCONTACTS_EXPORT YContactUsageCountResponse {
     std::optional<std::map<std::string, std::string>> contacts;
 };
 
 // Key "contacts", read only when present and not null; every value must be a string.
 template <JsonDocument J>
-void to_json(J& json, const YContactUsageCountResponse& value);
+YCONTACTS_EXPORT void to_json(J& json, const YContactUsageCountResponse& value);
 template <JsonDocument J>
-void from_json(const J& json, YContactUsageCountResponse& value);
+YCONTACTS_EXPORT void from_json(const J& json, YContactUsageCountResponse& value);
 
 }  // namespace ycontacts

@@ -8,7 +8,15 @@
 #include <type_traits>
 #include <utility>
 
+// The JSON library's types cross the shared library's boundary (hosts call the records' coding with them), so
+// they keep default visibility although the library is built with hidden visibility.
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC visibility push(default)
+#endif
 #include <nlohmann/json.hpp>
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC visibility pop
+#endif
 
 #include "ycontacts/Platform/MarloComponents/YRawValue.h"
 

@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/Entities/YJsonCoding.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-struct YSuggestionContact {
+struct YCONTACTS_EXPORT YSuggestionContact {
     std::string email;
     std::string contactId;
     std::optional<std::string> yuid;
@@ -34,9 +35,9 @@ struct YSuggestionContact {
 
 // Keys equal to the field names; a failed decode throws the JSON library's exception.
 template <JsonDocument J>
-void to_json(J& json, const YSuggestionContact& value);
+YCONTACTS_EXPORT void to_json(J& json, const YSuggestionContact& value);
 template <JsonDocument J>
-void from_json(const J& json, YSuggestionContact& value);
+YCONTACTS_EXPORT void from_json(const J& json, YSuggestionContact& value);
 
 }  // namespace ycontacts
 

@@ -5,10 +5,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YDeleteContactsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YDeleteContactsRequest : public YContactRequest {
 public:
     YDeleteContactsRequest(std::string yuid, std::string id, bool org)
         : YContactRequest(std::move(yuid)), contactId(std::move(id)), isOrg(org) {}

@@ -5,10 +5,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YFetchCategoriesRequest : public YContactRequest {
+class YCONTACTS_EXPORT YFetchCategoriesRequest : public YContactRequest {
 public:
     explicit YFetchCategoriesRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 };

@@ -5,10 +5,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YFetchCategoryContactsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YFetchCategoryContactsRequest : public YContactRequest {
 public:
     YFetchCategoryContactsRequest(std::string yuid, std::string category)
         : YContactRequest(std::move(yuid)), categoryId(std::move(category)) {}

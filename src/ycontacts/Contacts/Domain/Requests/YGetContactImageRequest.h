@@ -8,10 +8,11 @@
 #include "ycontacts/Contacts/Domain/Entities/YContactType.h"
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
 #include "ycontacts/Platform/MarloComponents/YActivityMetaData.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactImageRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetContactImageRequest : public YContactRequest {
 public:
     explicit YGetContactImageRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 

@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetContactRequest : public YContactRequest {
 public:
     explicit YGetContactRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 

@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactsFromIdsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetContactsFromIdsRequest : public YContactRequest {
 public:
     explicit YGetContactsFromIdsRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 

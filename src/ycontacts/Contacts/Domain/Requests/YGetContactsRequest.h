@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
 #include "ycontacts/Contacts/Domain/YContactsQuery.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetContactsRequest : public YContactRequest {
 public:
     explicit YGetContactsRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 

@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
 #include "ycontacts/Contacts/Domain/YContactsQuery.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetOrgContactSuggestionsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetOrgContactSuggestionsRequest : public YContactRequest {
 public:
     explicit YGetOrgContactSuggestionsRequest(std::string yuid) : YContactRequest(std::move(yuid)) {}
 

@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
 #include "ycontacts/Contacts/Domain/YContactsQuery.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetSuggestionContactsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YGetSuggestionContactsRequest : public YContactRequest {
 public:
     YGetSuggestionContactsRequest(std::string yuid, std::string search)
         : YContactRequest(std::move(yuid)), searchStr(std::move(search)) {}

@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/YContactRequest.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YUpdateContactsRequest : public YContactRequest {
+class YCONTACTS_EXPORT YUpdateContactsRequest : public YContactRequest {
 public:
     YUpdateContactsRequest(std::string yuid, std::vector<YContact> contactList, bool org, std::string sourceName,
                            std::string formatName)

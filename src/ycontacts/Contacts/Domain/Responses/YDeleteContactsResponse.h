@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YDeleteContactsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YDeleteContactsResponse : public YContactResponse {
 public:
     YDeleteContactsResponse(std::string id, std::optional<std::string> titleText)
         : contactId(std::move(id)), title(std::move(titleText)) {}

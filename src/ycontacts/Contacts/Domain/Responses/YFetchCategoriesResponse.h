@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContactCategory.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YFetchCategoriesResponse : public YContactResponse {
+class YCONTACTS_EXPORT YFetchCategoriesResponse : public YContactResponse {
 public:
     YFetchCategoriesResponse(std::vector<YContactCategory> categoryList, std::optional<std::string> titleText)
         : categories(std::move(categoryList)), title(std::move(titleText)) {}

@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YFetchCategoryContactsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YFetchCategoryContactsResponse : public YContactResponse {
 public:
     YFetchCategoryContactsResponse(std::string category, std::optional<std::vector<YContact>> contactList)
         : categoryId(std::move(category)), contacts(std::move(contactList)) {}

@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactImageResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetContactImageResponse : public YContactResponse {
 public:
     YGetContactImageResponse() = default;
 

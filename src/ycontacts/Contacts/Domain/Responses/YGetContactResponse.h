@@ -6,10 +6,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetContactResponse : public YContactResponse {
 public:
     YGetContactResponse() = default;
 

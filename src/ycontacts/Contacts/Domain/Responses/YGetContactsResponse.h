@@ -7,10 +7,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetContactsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetContactsResponse : public YContactResponse {
 public:
     YGetContactsResponse() = default;
     explicit YGetContactsResponse(std::optional<std::vector<YContact>> contacts) : contacts(std::move(contacts)) {}

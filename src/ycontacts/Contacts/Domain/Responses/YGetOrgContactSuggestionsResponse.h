@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetOrgContactSuggestionsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetOrgContactSuggestionsResponse : public YContactResponse {
 public:
     explicit YGetOrgContactSuggestionsResponse(std::optional<std::string> search) : searchStr(std::move(search)) {}
 

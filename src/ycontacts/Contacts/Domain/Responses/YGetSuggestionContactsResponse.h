@@ -8,10 +8,11 @@
 
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetSuggestionContactsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetSuggestionContactsResponse : public YContactResponse {
 public:
     explicit YGetSuggestionContactsResponse(std::string search) : searchStr(std::move(search)) {}
 

@@ -6,10 +6,11 @@
 #include <string>
 
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YGetUsageCountResponse : public YContactResponse {
+class YCONTACTS_EXPORT YGetUsageCountResponse : public YContactResponse {
 public:
     YGetUsageCountResponse() = default;
 

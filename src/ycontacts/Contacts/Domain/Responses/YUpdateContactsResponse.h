@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/YContactResponse.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
-class YUpdateContactsResponse : public YContactResponse {
+class YCONTACTS_EXPORT YUpdateContactsResponse : public YContactResponse {
 public:
     YUpdateContactsResponse(std::optional<std::string> id, std::optional<std::string> titleText)
         : contactId(std::move(id)), title(std::move(titleText)) {}

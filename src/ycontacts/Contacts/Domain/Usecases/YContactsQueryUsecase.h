@@ -7,12 +7,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Passes the request's query to one list query of the data manager and delivers each answer it gives,
 // in order, as long as the use case lives. Build a subclass with std::make_shared.
-class YContactsQueryUsecase : public YUsecase<YGetContactsRequest, YGetContactsResponse> {
+class YCONTACTS_EXPORT YContactsQueryUsecase : public YUsecase<YGetContactsRequest, YGetContactsResponse> {
 public:
     const std::shared_ptr<YContactsDataManagerContract> dataManager;
 

@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YDeleteContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YDeleteContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YDeleteContactsUseCase : public YUsecase<YDeleteContactsRequest, YDeleteContactsResponse> {
+class YCONTACTS_EXPORT YDeleteContactsUseCase : public YUsecase<YDeleteContactsRequest, YDeleteContactsResponse> {
 public:
     explicit YDeleteContactsUseCase(std::shared_ptr<YContactsUpdateDataManagerContract> dataManager);
 

@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YFetchCategoriesRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YFetchCategoriesResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YFetchCategoriesUseCase : public YUsecase<YFetchCategoriesRequest, YFetchCategoriesResponse> {
+class YCONTACTS_EXPORT YFetchCategoriesUseCase : public YUsecase<YFetchCategoriesRequest, YFetchCategoriesResponse> {
 public:
     explicit YFetchCategoriesUseCase(std::shared_ptr<YCategoriesDataManagerContract> dataManager);
 

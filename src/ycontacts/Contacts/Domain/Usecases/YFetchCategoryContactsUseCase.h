@@ -7,11 +7,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YFetchCategoryContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YFetchCategoryContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YFetchCategoryContactsUseCase : public YUsecase<YFetchCategoryContactsRequest, YFetchCategoryContactsResponse> {
+class YCONTACTS_EXPORT YFetchCategoryContactsUseCase
+    : public YUsecase<YFetchCategoryContactsRequest, YFetchCategoryContactsResponse> {
 public:
     explicit YFetchCategoryContactsUseCase(std::shared_ptr<YCategoriesDataManagerContract> dataManager);
 

@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetContactResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetContact : public YUsecase<YGetContactRequest, YGetContactResponse> {
+class YCONTACTS_EXPORT YGetContact : public YUsecase<YGetContactRequest, YGetContactResponse> {
 public:
     explicit YGetContact(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

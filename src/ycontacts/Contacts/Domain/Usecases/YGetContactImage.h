@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactImageRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetContactImageResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetContactImage : public YUsecase<YGetContactImageRequest, YGetContactImageResponse> {
+class YCONTACTS_EXPORT YGetContactImage : public YUsecase<YGetContactImageRequest, YGetContactImageResponse> {
 public:
     explicit YGetContactImage(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactsFromIdsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetContactsFromIds : public YUsecase<YGetContactsFromIdsRequest, YGetContactsResponse> {
+class YCONTACTS_EXPORT YGetContactsFromIds : public YUsecase<YGetContactsFromIdsRequest, YGetContactsResponse> {
 public:
     explicit YGetContactsFromIds(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

@@ -5,11 +5,12 @@
 #include <utility>
 
 #include "ycontacts/Contacts/Domain/Usecases/YContactsQueryUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetContactsList : public YContactsQueryUsecase {
+class YCONTACTS_EXPORT YGetContactsList : public YContactsQueryUsecase {
 public:
     explicit YGetContactsList(std::shared_ptr<YContactsDataManagerContract> dataManager)
         : YContactsQueryUsecase(std::move(dataManager), "YGetContactsList",

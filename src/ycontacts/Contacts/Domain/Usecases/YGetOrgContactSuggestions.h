@@ -7,11 +7,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetOrgContactSuggestionsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetOrgContactSuggestionsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetOrgContactSuggestions : public YUsecase<YGetOrgContactSuggestionsRequest, YGetOrgContactSuggestionsResponse> {
+class YCONTACTS_EXPORT YGetOrgContactSuggestions
+    : public YUsecase<YGetOrgContactSuggestionsRequest, YGetOrgContactSuggestionsResponse> {
 public:
     explicit YGetOrgContactSuggestions(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

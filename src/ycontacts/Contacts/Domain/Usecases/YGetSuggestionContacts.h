@@ -7,11 +7,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetSuggestionContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetSuggestionContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetSuggestionContacts : public YUsecase<YGetSuggestionContactsRequest, YGetSuggestionContactsResponse> {
+class YCONTACTS_EXPORT YGetSuggestionContacts
+    : public YUsecase<YGetSuggestionContactsRequest, YGetSuggestionContactsResponse> {
 public:
     explicit YGetSuggestionContacts(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

@@ -7,12 +7,13 @@
 #include "ycontacts/Contacts/Domain/Requests/YGetContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YGetUsageCountResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Only the request's yuid is read.
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YGetUsageCountUseCase : public YUsecase<YGetContactsRequest, YGetUsageCountResponse> {
+class YCONTACTS_EXPORT YGetUsageCountUseCase : public YUsecase<YGetContactsRequest, YGetUsageCountResponse> {
 public:
     explicit YGetUsageCountUseCase(std::shared_ptr<YContactsDataManagerContract> dataManager);
 

@@ -7,11 +7,12 @@
 #include "ycontacts/Contacts/Domain/Requests/YUpdateContactsRequest.h"
 #include "ycontacts/Contacts/Domain/Responses/YUpdateContactsResponse.h"
 #include "ycontacts/Platform/MarloComponents/YUsecase.h"
+#include "ycontacts/YContactsExport.h"
 
 namespace ycontacts {
 
 // Build with std::make_shared: the base holds the use case weakly while a request is queued or pending.
-class YUpdateContactsUseCase : public YUsecase<YUpdateContactsRequest, YUpdateContactsResponse> {
+class YCONTACTS_EXPORT YUpdateContactsUseCase : public YUsecase<YUpdateContactsRequest, YUpdateContactsResponse> {
 public:
     explicit YUpdateContactsUseCase(std::shared_ptr<YContactsUpdateDataManagerContract> dataManager);
 
