@@ -101,26 +101,6 @@ TEST_F(YUserDefaultsTest, ReadingAsAnotherKindConvertsTheStoredNumber) {
     EXPECT_EQ(store.doubleValue("nan", "g"), 0.0);
 }
 
-TEST_F(YUserDefaultsTest, StandardStoreMovesToTheFileTheHostSetsAndBackToMemory) {
-    YUserDefaults& standard = YUserDefaults::standard();
-    EXPECT_EQ(&standard, &YUserDefaults::standard());
-    standard.setInteger("before", 3, "user-1");
-    EXPECT_EQ(standard.integer("before", "user-1"), 3);
-
-    YUserDefaults::setStandardStoragePath(file());
-    EXPECT_EQ(standard.integer("before", "user-1"), 0);
-    standard.setDouble("time", 12.5, "user-1");
-    {
-        YUserDefaults sameFile(file());
-        EXPECT_EQ(sameFile.doubleValue("time", "user-1"), 12.5);
-    }
-
-    YUserDefaults::setStandardStoragePath({});
-    EXPECT_EQ(standard.doubleValue("time", "user-1"), 0.0);
-    YUserDefaults reopened(file());
-    EXPECT_EQ(reopened.doubleValue("time", "user-1"), 12.5);
-}
-
 TEST_F(YUserDefaultsTest, UnopenableFileIsLoggedAndTheStoreKeepsWorkingInMemory) {
     std::ofstream(folder.file("nested")) << "a file where a folder should be";
     testsupport::LogCapture errors(Logger::Level::error);

@@ -58,10 +58,6 @@ YUserDefaults& YUserDefaults::standard() {
     return store;
 }
 
-void YUserDefaults::setStandardStoragePath(const std::filesystem::path& path) {
-    standard().open(path.empty() ? std::nullopt : std::optional(path));
-}
-
 void YUserDefaults::open(const std::optional<std::filesystem::path>& path) {
     Problems problems;
     {

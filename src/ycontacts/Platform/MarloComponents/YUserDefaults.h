@@ -28,11 +28,8 @@ public:
     YUserDefaults(const YUserDefaults&) = delete;
     YUserDefaults& operator=(const YUserDefaults&) = delete;
 
-    // The library's default store: in memory until the host calls setStandardStoragePath.
+    // The process's store in memory, for preferences that need not outlive the process.
     static YUserDefaults& standard();
-    // Reopens the standard store at `path`; an empty path puts it back in memory. Values of the store it
-    // leaves are not carried over.
-    static void setStandardStoragePath(const std::filesystem::path& path);
 
     void setInteger(const std::string& key, std::int64_t value, const std::string& group);
     std::int64_t integer(const std::string& key, const std::string& group) const;

@@ -26,8 +26,7 @@ public:
     // The one instance of the process, made on first use, over the standard store.
     static std::shared_ptr<YContactsPreferenceService> shared();
 
-    // Over `store`; without one, over YUserDefaults::standard(), which lives in memory unless the host gave
-    // it a file.
+    // Over `store`; without one, over YUserDefaults::standard(), which lives in memory.
     explicit YContactsPreferenceService(std::shared_ptr<YUserDefaults> store = nullptr);
 
     void setStartIndex(const std::string& yuid, std::int64_t index, bool isOrg) override;
