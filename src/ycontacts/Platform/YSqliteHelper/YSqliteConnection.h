@@ -1,23 +1,18 @@
 #pragma once
 // YSqliteConnection: the sqlite3 handles of one registered database (a writer and, for a file, a mapped reader).
 
-#include <cstddef>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "ycontacts/Platform/YSqliteHelper/YSqliteConfiguration.h"
+#include "ycontacts/Platform/YSqliteHelper/YSqliteHandle.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteResult.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteValue.h"
-
-struct sqlite3;
-struct sqlite3_stmt;
 
 namespace ycontacts {
 
@@ -25,16 +20,13 @@ namespace ycontacts {
 // mutex is recursive so that the helper's calls made inside a transaction, on its thread, can take it again.
 class YSqliteConnection {
 public:
-    // One bound parameter; a null pointer binds NULL.
-    using Binding = const YSqliteValue*;
+    using Binding = YSqliteHandle::Binding;
 
-    // Opens (for readWrite, creating) the file in WAL mode with synchronous=NORMAL, a 5 s busy timeout
-    // and foreign keys off. A readWrite file gets two handles: the writer reads its pages with system calls,
-    // so that a long download does not map the whole file into the process; the reader maps up to 256 MiB of
-    // it, so that a search touching scattered pages already in the OS cache makes no system call per page.
+    // Opens the file (see YSqliteHandle::open); a readWrite file gets a writer and a reader handle, a
+    // readOnly one a single reader handle.
     static YSqliteResult<std::shared_ptr<YSqliteConnection>> open(const YSqliteConfiguration& configuration);
 
-    ~YSqliteConnection();
+    ~YSqliteConnection() = default;
     YSqliteConnection(const YSqliteConnection&) = delete;
     YSqliteConnection& operator=(const YSqliteConnection&) = delete;
 
@@ -58,38 +50,18 @@ public:
     YSqliteResult<void> runScript(const std::string& sql);
 
 private:
-    // Enough for the store's statements, whose texts are fixed: every value is bound.
-    static constexpr std::size_t statementCacheCapacity = 64;
-
-    // One sqlite3 handle and its prepared statements, most recently used first (the map points into the list).
-    struct Handle {
-        sqlite3* database = nullptr;
-        std::list<std::pair<std::string, sqlite3_stmt*>> statements;
-        std::unordered_map<std::string, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> index;
-
-        // The cached statement for `sql`, or null.
-        sqlite3_stmt* cached(const std::string& sql);
-        // The cached statement for `sql`, prepared on first use; null with `error` set on failure.
-        sqlite3_stmt* statement(const std::string& sql, YSqliteError& error);
-        void close();
-    };
-
-    YSqliteConnection(sqlite3* writer, sqlite3* reader);
+    YSqliteConnection(std::unique_ptr<YSqliteHandle> writer, std::unique_ptr<YSqliteHandle> reader)
+        : writer_(std::move(writer)), reader_(std::move(reader)) {}
 
     // The handle `sql` runs on: the reader for a statement that only reads while the writer holds no
     // transaction (whose own writes a read inside it must see), the writer otherwise.
-    Handle& handleFor(const std::string& sql);
-    YSqliteResult<void> bindAll(sqlite3_stmt* statement, const std::vector<Binding>& bindings);
-    YSqliteResult<void> runScript(sqlite3* database, const std::string& sql);
-    static YSqliteError lastError(sqlite3* database, int code);
+    YSqliteHandle& handleFor(const std::string& sql);
 
     std::recursive_mutex mutex_;
-    Handle writer_;
+    std::unique_ptr<YSqliteHandle> writer_;
     // A second, read-only handle with the file memory-mapped; none for a read-only configuration, where the
     // one handle is mapped, or for a database that lives in memory.
-    Handle reader_;
-    // Transactions open inside the outermost one, each under its own savepoint.
-    int savepointDepth_ = 0;
+    std::unique_ptr<YSqliteHandle> reader_;
 };
 
 }  // namespace ycontacts
