@@ -72,7 +72,8 @@ YSqliteValue columnValue(sqlite3_stmt* statement, int index, int type) {
 YSqliteResult<std::unique_ptr<YSqliteHandle>> YSqliteHandle::open(const std::string& path, bool reader) {
     sqlite3* database = nullptr;
     // NOMUTEX: the connection lets one thread at a time use a handle.
-    const int flags = (reader ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) | SQLITE_OPEN_NOMUTEX;
+    const int flags =
+        (reader ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) | SQLITE_OPEN_NOMUTEX;
     const int openCode = sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
     if (openCode != SQLITE_OK) {
         YSqliteError error{openCode, database ? sqlite3_errmsg(database) : sqlite3_errstr(openCode)};
@@ -174,7 +175,8 @@ YSqliteResult<void> YSqliteHandle::bindAll(sqlite3_stmt* statement, const std::v
     return {};
 }
 
-YSqliteResult<std::vector<YSqliteRow>> YSqliteHandle::run(const std::string& sql, const std::vector<Binding>& bindings) {
+YSqliteResult<std::vector<YSqliteRow>> YSqliteHandle::run(const std::string& sql,
+                                                          const std::vector<Binding>& bindings) {
     YSqliteError error{SQLITE_OK, {}};
     sqlite3_stmt* prepared = statement(sql, error);
     if (!prepared) return error;
@@ -204,7 +206,8 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteHandle::run(const std::string& sql
     return rows;
 }
 
-YSqliteResult<void> YSqliteHandle::runEach(const std::string& sql, const std::vector<std::vector<Binding>>& bindingRows) {
+YSqliteResult<void> YSqliteHandle::runEach(const std::string& sql,
+                                           const std::vector<std::vector<Binding>>& bindingRows) {
     return inTransaction(
         [&]() -> std::optional<YSqliteError> {
             YSqliteError error{SQLITE_OK, {}};
