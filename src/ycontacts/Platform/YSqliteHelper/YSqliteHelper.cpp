@@ -77,14 +77,12 @@ YSqliteResult<T> YSqliteHelper::perform(const char* operation, const std::string
                                         const std::string& identifier, Work&& work) noexcept {
     YSqliteResult<T> result = YSqliteError{SQLITE_MISUSE, "no database is registered as " + identifier};
     try {
-        if (const auto database = connection(identifier)) {
-            std::lock_guard lock(database->mutex());
-            result = work(*database);
-        }
+        // The connection takes the locks a call needs; see YSqliteConnection.h.
+        if (const auto database = connection(identifier)) result = work(*database);
     } catch (const std::exception& exception) {
         result = YSqliteError{SQLITE_ERROR, exception.what()};
     }
-    // Logged after the connection's lock is released: the log sink is someone else's code.
+    // Logged after the connection's locks are released: the log sink is someone else's code.
     if (alert && !result.ok()) {
         try {
             Logger::shared().error("SQLite " + std::string(operation) + " failed on " + target + " in database " +
@@ -195,7 +193,7 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteHelper::select(
             sql += " LIMIT ? OFFSET ?";
             bindings = {&limitValue, &offsetValue};
         }
-        return database.run(sql, bindings);
+        return database.read(sql, bindings);
     });
 }
 
@@ -209,7 +207,7 @@ YSqliteResult<std::vector<YSqliteRow>> YSqliteHelper::select(const std::string& 
                                                              const std::string& identifier) {
     using Rows = std::vector<YSqliteRow>;
     return perform<Rows>("select", "query " + rawQuery, alert, identifier, [&](YSqliteConnection& database) {
-        return database.run(rawQuery, pointersTo(bindings));
+        return database.read(rawQuery, pointersTo(bindings));
     });
 }
 
@@ -268,12 +266,10 @@ YSqliteResult<void> YSqliteHelper::transaction(const std::function<bool()>& work
 YSqliteResult<void> YSqliteHelper::snapshot(const std::function<void()>& work, bool alert,
                                             const std::string& identifier) {
     return perform<void>("snapshot", "a read snapshot", alert, identifier, [&](YSqliteConnection& database) {
-        return database.inTransaction(
-            [&]() -> std::optional<YSqliteError> {
-                work();
-                return std::nullopt;
-            },
-            false);
+        return database.inSnapshot([&]() -> std::optional<YSqliteError> {
+            work();
+            return std::nullopt;
+        });
     });
 }
 

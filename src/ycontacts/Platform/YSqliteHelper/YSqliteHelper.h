@@ -19,8 +19,10 @@ namespace ycontacts {
 class YSqliteConnection;
 
 // Every operation names the connection by the identifier it was registered under. Any thread may call
-// any operation: one connection serves one call at a time. Nothing throws; failures come back as error
-// results (an unknown identifier is SQLITE_MISUSE) and, when `alert` is true, as an error log line.
+// any operation. Writes run one at a time; a select or a snapshot made on another thread meanwhile answers
+// from the last committed state without waiting for them (on a database in memory or one registered
+// readOnly, which have a single handle, it waits). Nothing throws; failures come back as error results (an
+// unknown identifier is SQLITE_MISUSE) and, when `alert` is true, as an error log line.
 //
 // Table and column names are quoted as identifiers. `where` texts are SQL written by the caller with a "?"
 // for every value; the values travel in `bindings`, in order, and are never placed into the text, so any
@@ -83,19 +85,21 @@ public:
                                 bool alert, const std::string& identifier);
 
     // Runs `work` in one transaction on the connection. The calls `work` makes on this thread join it (each
-    // still all-or-nothing on its own); other threads' calls on the connection wait until it ends. It is
-    // committed when `work` returns true and rolled back when it returns false or throws. Several writes
-    // done as one cost one commit and write each changed page once.
+    // still all-or-nothing on its own) and its selects see its writes; other threads' writes wait until it
+    // ends, their selects see the state before it. It is committed when `work` returns true and rolled back
+    // when it returns false or throws. Several writes done as one cost one commit and write each changed
+    // page once.
     YSqliteResult<void> transaction(const std::function<bool()>& work, bool alert, const std::string& identifier);
 
     // Runs `work` on one snapshot of the file: the selects it makes on this thread all see the database as
-    // it was at the first of them, whatever other connections commit meanwhile, and take the read lock once.
+    // it was at the first of them, whatever is committed meanwhile, and take the read lock once. Writers on
+    // a file, this connection's included, do not wait for it.
     YSqliteResult<void> snapshot(const std::function<void()>& work, bool alert, const std::string& identifier);
 
 private:
     std::shared_ptr<YSqliteConnection> connection(const std::string& identifier) const;
 
-    // Finds the connection, runs `work` on it under its lock, then logs a failure when `alert` is set.
+    // Finds the connection, runs `work` on it, then logs a failure when `alert` is set.
     template <typename T, typename Work>
     YSqliteResult<T> perform(const char* operation, const std::string& target, bool alert,
                              const std::string& identifier, Work&& work) noexcept;
