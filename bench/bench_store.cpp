@@ -355,7 +355,7 @@ int main() {
     do {
         const std::string& name = firstNames[random() % firstNames.size()];
         start = Clock::now();
-        store.getContactsList(yuid, std::nullopt, name.substr(0, 2), 0, 50);
+        store.getContactsList({.yuid = yuid, .searchStr = name.substr(0, 2), .from = 0, .limit = 50});
         during.push_back(microseconds(Clock::now() - start));
     } while (saving);
     saver.join();
