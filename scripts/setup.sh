@@ -15,6 +15,7 @@ packages=(
   clang libclang-rt-14-dev
   clang-16
   gcovr
+  ccache
 )
 
 missing=()
