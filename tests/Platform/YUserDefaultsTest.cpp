@@ -26,79 +26,61 @@ protected:
     testsupport::TemporaryDirectory folder;
 };
 
-TEST_F(YUserDefaultsTest, ValuesSurviveClosingAndReopeningTheFile) {
+TEST_F(YUserDefaultsTest, ValuesSurviveReopeningTheFileAndAreKeptApartByGroup) {
     {
         YUserDefaults store(file());
         store.setInteger("index", 41, "user-1");
         store.setInteger("index", 42, "user-1");
+        store.setInteger("index", 9, "user-2");
         store.setBool("done", true, "user-1");
         store.setDouble("time", 1700000000123.5, "user-1");
-        store.setInteger("negative", -7, "user-1");
+        // The pair is the identity: no mixing of a group and a key that concatenate alike.
+        store.setInteger("x", 1, "ab");
+        store.setInteger("gone", 3, "user-1");
+        store.remove("gone", "user-1");
+        store.remove("never-written", "user-1");
     }
-    ASSERT_TRUE(fs::exists(file()));
-
     YUserDefaults reopened(file());
     EXPECT_EQ(reopened.integer("index", "user-1"), 42);
+    EXPECT_EQ(reopened.integer("index", "user-2"), 9);
     EXPECT_TRUE(reopened.boolean("done", "user-1"));
+    EXPECT_FALSE(reopened.boolean("done", "user-2"));
     EXPECT_DOUBLE_EQ(reopened.doubleValue("time", "user-1"), 1700000000123.5);
-    EXPECT_EQ(reopened.integer("negative", "user-1"), -7);
-    // Absent values read as the defaults.
-    EXPECT_EQ(reopened.integer("missing", "user-1"), 0);
-    EXPECT_FALSE(reopened.boolean("missing", "user-1"));
+    EXPECT_EQ(reopened.integer("bx", "a"), 0);
+    EXPECT_EQ(reopened.integer("gone", "user-1"), 0);
     EXPECT_EQ(reopened.doubleValue("missing", "user-1"), 0.0);
 }
 
-TEST_F(YUserDefaultsTest, GroupsKeepTheSameKeyApartAndRemoveTouchesOnlyOneEntry) {
-    YUserDefaults store(std::nullopt);
-    store.setInteger("index", 5, "user-1");
-    store.setInteger("index", 9, "user-2");
-    store.setBool("done", true, "user-1");
-    EXPECT_EQ(store.integer("index", "user-1"), 5);
-    EXPECT_EQ(store.integer("index", "user-2"), 9);
-    EXPECT_FALSE(store.boolean("done", "user-2"));
-    // The pair is the identity: no mixing of a group and a key that concatenate alike.
-    store.setInteger("x", 1, "ab");
-    EXPECT_EQ(store.integer("bx", "a"), 0);
-
-    store.remove("index", "user-1");
-    store.remove("never-written", "user-1");
-    EXPECT_EQ(store.integer("index", "user-1"), 0);
-    EXPECT_EQ(store.integer("index", "user-2"), 9);
-    EXPECT_TRUE(store.boolean("done", "user-1"));
-}
-
 TEST_F(YUserDefaultsTest, ReadingAsAnotherKindConvertsTheStoredNumber) {
+    constexpr auto max = std::numeric_limits<std::int64_t>::max();
     YUserDefaults store(std::nullopt);
     store.setInteger("int", 42, "g");
-    EXPECT_EQ(store.doubleValue("int", "g"), 42.0);
-    EXPECT_TRUE(store.boolean("int", "g"));
-
-    store.setDouble("positive", 2.9, "g");
-    store.setDouble("negative", -2.9, "g");
-    store.setDouble("fraction", 0.25, "g");
-    store.setDouble("zero", 0.0, "g");
-    EXPECT_EQ(store.integer("positive", "g"), 2);
-    EXPECT_EQ(store.integer("negative", "g"), -2);
-    EXPECT_EQ(store.integer("fraction", "g"), 0);
-    EXPECT_TRUE(store.boolean("fraction", "g"));
-    EXPECT_FALSE(store.boolean("zero", "g"));
-
-    store.setBool("flag", true, "g");
-    EXPECT_EQ(store.integer("flag", "g"), 1);
-    EXPECT_EQ(store.doubleValue("flag", "g"), 1.0);
-    store.setBool("flag", false, "g");
-    EXPECT_EQ(store.integer("flag", "g"), 0);
-
-    // A double written over an integer replaces its kind too.
-    store.setDouble("int", 0.5, "g");
-    EXPECT_EQ(store.doubleValue("int", "g"), 0.5);
-
-    store.setInteger("big", std::numeric_limits<std::int64_t>::max(), "g");
-    EXPECT_EQ(store.integer("big", "g"), std::numeric_limits<std::int64_t>::max());
-    store.setDouble("huge", 1e300, "g");
-    EXPECT_EQ(store.integer("huge", "g"), std::numeric_limits<std::int64_t>::max());
-    store.setDouble("nan", std::nan(""), "g");
-    EXPECT_EQ(store.doubleValue("nan", "g"), 0.0);
+    store.setInteger("big", max, "g");
+    store.setInteger("negative int", -7, "g");
+    for (const auto& [key, value] : std::vector<std::pair<std::string, double>>{
+             {"positive", 2.9}, {"negative", -2.9}, {"fraction", 0.25}, {"zero", 0.0}, {"huge", 1e300}, {"nan", NAN}}) {
+        store.setDouble(key, value, "g");
+    }
+    store.setBool("true", true, "g");
+    store.setBool("false", false, "g");
+    struct Read {
+        const char* key;
+        std::int64_t integer;
+        double real;
+        bool flag;
+    };
+    const Read reads[] = {
+        {"int", 42, 42.0, true},        {"big", max, static_cast<double>(max), true}, {"negative int", -7, -7.0, true},
+        {"positive", 2, 2.9, true},     {"negative", -2, -2.9, true},                 {"fraction", 0, 0.25, true},
+        {"zero", 0, 0.0, false},        {"huge", max, 1e300, true},                   {"nan", 0, 0.0, false},
+        {"true", 1, 1.0, true},         {"false", 0, 0.0, false},                     {"missing", 0, 0.0, false},
+    };
+    for (const auto& read : reads) {
+        SCOPED_TRACE(read.key);
+        EXPECT_EQ(store.integer(read.key, "g"), read.integer);
+        EXPECT_DOUBLE_EQ(store.doubleValue(read.key, "g"), read.real);
+        EXPECT_EQ(store.boolean(read.key, "g"), read.flag);
+    }
 }
 
 TEST_F(YUserDefaultsTest, UnopenableFileIsLoggedAndTheStoreKeepsWorkingInMemory) {
@@ -115,8 +97,7 @@ TEST_F(YUserDefaultsTest, UnopenableFileIsLoggedAndTheStoreKeepsWorkingInMemory)
 
 TEST_F(YUserDefaultsTest, ConcurrentWritersAndReadersEachSeeTheirOwnValues) {
     YUserDefaults store(file());
-    constexpr int threads = 4;
-    constexpr int rounds = 150;
+    constexpr int threads = 4, rounds = 150;
     std::vector<int> mismatches(threads, 0);
     std::vector<std::thread> workers;
     for (int thread = 0; thread < threads; ++thread) {

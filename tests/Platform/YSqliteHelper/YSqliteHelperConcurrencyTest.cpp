@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <chrono>
 #include <cstdint>
@@ -16,21 +15,6 @@ namespace ycontacts {
 namespace {
 
 using namespace std::string_literals;
-
-std::string integrityCheck(const std::string& path) {
-    sqlite3* database = nullptr;
-    std::string verdict = "cannot open";
-    if (sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* statement = nullptr;
-        if (sqlite3_prepare_v2(database, "PRAGMA integrity_check", -1, &statement, nullptr) == SQLITE_OK &&
-            sqlite3_step(statement) == SQLITE_ROW) {
-            verdict = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-        }
-        sqlite3_finalize(statement);
-    }
-    sqlite3_close(database);
-    return verdict;
-}
 
 // Writers on two identifiers bound to the same file (two connections, so SQLite's own locking and the
 // busy timeout are involved too), readers checking that every batch is seen whole or not at all, and one
@@ -125,7 +109,10 @@ TEST(YSqliteHelperConcurrencyTest, ManyThreadsSaveAndSelectAtOnceWithoutLosingOr
 
     helper.unregisterDB("first");
     helper.unregisterDB("second");
-    EXPECT_EQ(integrityCheck(path), "ok");
+    ASSERT_TRUE(helper.registerDB("check", YSqliteConfiguration(YSqliteConnectionMode::readOnly, path)).ok());
+    const auto check = helper.select("PRAGMA integrity_check", true, "check");
+    ASSERT_EQ(check.value().size(), 1u);
+    EXPECT_EQ(check.value()[0].begin()->second, YSqliteValue("ok"s));
 }
 
 }  // namespace

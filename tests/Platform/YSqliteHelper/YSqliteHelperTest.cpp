@@ -2,339 +2,311 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <filesystem>
+#include <future>
 #include <limits>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Support/LogCapture.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Waiting.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 
 namespace ycontacts {
 namespace {
 
 using namespace std::string_literals;
-using testsupport::LogCapture;
-using testsupport::TemporaryDirectory;
+using testsupport::becomesReady;
 using Ids = std::vector<std::string>;
 
 class YSqliteHelperTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(registerAt(db, "main.db").ok());
+        ASSERT_TRUE(registerAt(db, path()).ok());
         ASSERT_TRUE(helper.execute("CREATE TABLE Contact (yuid TEXT, contactId TEXT, name TEXT, weightage INTEGER, "
                                    "isOrg INTEGER, score REAL, photo BLOB, PRIMARY KEY (yuid, contactId));",
                                    true, db)
                         .ok());
     }
+    virtual std::string path() { return directory.file("main.db"); }
 
-    // Every row of Contact on the database registered as `identifier` (the test's own by default), by contact id.
+    YSqliteResult<void> registerAt(const std::string& identifier, const std::string& file,
+                                   YSqliteConnectionMode mode = YSqliteConnectionMode::readWrite) {
+        return helper.registerDB(identifier, YSqliteConfiguration(mode, file));
+    }
+    YSqliteResult<void> save(const std::vector<YSqliteRow>& rows, bool replace = false, const std::string& to = db) {
+        return helper.save("Contact", rows, replace, true, to);
+    }
+    bool saveContact(const std::string& contactId) { return save({contact(contactId)}).ok(); }
+    static YSqliteRow contact(const std::string& contactId, const std::string& name = "N") {
+        return {{"yuid", "u1"s}, {"contactId", contactId}, {"name", name}};
+    }
+    // Every row of Contact by contact id, as a select on this thread sees them.
     std::vector<YSqliteRow> all(const std::string& identifier = db) {
         auto rows = helper.select("Contact", YSqliteSortDescriptor{"contactId", true}, std::nullopt, std::nullopt,
                                   std::nullopt, true, identifier);
         EXPECT_TRUE(rows.ok()) << rows.error().message;
         return rows.value();
     }
-
-    YSqliteResult<void> registerAt(const std::string& identifier, const std::string& file,
-                                   YSqliteConnectionMode mode = YSqliteConnectionMode::readWrite) {
-        return helper.registerDB(identifier, YSqliteConfiguration(mode, directory.file(file)));
-    }
-    // Saves rows into Contact on the test database, alerting on failure.
-    YSqliteResult<void> save(const std::vector<YSqliteRow>& rows, bool replace = false) {
-        return helper.save("Contact", rows, replace, true, db);
-    }
-
-    static YSqliteRow contact(const std::string& contactId, const std::string& name) {
-        return {{"yuid", "u1"s}, {"contactId", contactId}, {"name", name}};
-    }
-
     static Ids idsOf(const std::vector<YSqliteRow>& rows) {
         Ids ids;
         for (const auto& row : rows) ids.push_back(std::get<std::string>(row.at("contactId")));
         return ids;
     }
+    Ids ids(const std::string& identifier = db) { return idsOf(all(identifier)); }
 
-    TemporaryDirectory directory;
-    LogCapture log{Logger::Level::error};
+    testsupport::TemporaryDirectory directory;
+    testsupport::LogCapture log{Logger::Level::error};
     YSqliteHelper helper;
     static inline const std::string db = "test";
 };
 
 TEST_F(YSqliteHelperTest, SaveThenSelectRoundTripsEveryValueKindAndLeavesNullColumnsOut) {
     const std::string awkwardText = "O'Brien \"quoted\" \xC3\xA9t\xC3\xA9 with a\0nul"s;
-    const std::vector<YSqliteRow> rows = {
-        {{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
-         {"weightage", std::numeric_limits<std::int64_t>::max()}, {"isOrg", true}, {"score", 2.5}},
-        // name and score are missing here while present in the other row: they are stored as NULL.
-        {{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", std::numeric_limits<std::int64_t>::min()},
-         {"isOrg", false}},
-    };
-    ASSERT_TRUE(save(rows).ok());
+    constexpr auto max = std::numeric_limits<std::int64_t>::max(), min = std::numeric_limits<std::int64_t>::min();
+    // name and score are missing from b while present in a: they are stored as NULL.
+    ASSERT_TRUE(save({{{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText}, {"weightage", max},
+                       {"isOrg", true}, {"score", 2.5}},
+                      {{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", min}, {"isOrg", false}}})
+                    .ok());
+    // A BLOB comes back as a string holding its bytes.
+    ASSERT_TRUE(helper.execute("UPDATE Contact SET photo = X'00FF41' WHERE contactId = 'b'", true, db).ok());
 
     const auto stored = all();
     ASSERT_EQ(stored.size(), 2u);
-    const YSqliteRow expectedA = {{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
-                                  {"weightage", std::numeric_limits<std::int64_t>::max()},
-                                  {"isOrg", std::int64_t{1}}, {"score", 2.5}};
-    const YSqliteRow expectedB = {{"yuid", "u1"s}, {"contactId", "b"s},
-                                  {"weightage", std::numeric_limits<std::int64_t>::min()},
-                                  {"isOrg", std::int64_t{0}}};
-    EXPECT_EQ(stored[0], expectedA);
-    EXPECT_EQ(stored[1], expectedB);
-
-    // A BLOB comes back as a string holding its bytes.
-    ASSERT_TRUE(helper.execute("UPDATE Contact SET photo = X'00FF41' WHERE contactId = 'b'", true, db).ok());
-    const auto blob = helper.select("SELECT photo FROM Contact WHERE contactId = 'b'", true, db);
-    ASSERT_TRUE(blob.ok());
-    ASSERT_EQ(blob.value().size(), 1u);
-    EXPECT_EQ(blob.value()[0].at("photo"), YSqliteValue("\0\xFF"s "A"));
+    EXPECT_EQ(stored[0], (YSqliteRow{{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
+                                     {"weightage", max}, {"isOrg", std::int64_t{1}}, {"score", 2.5}}));
+    EXPECT_EQ(stored[1], (YSqliteRow{{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", min},
+                                     {"isOrg", std::int64_t{0}}, {"photo", "\0\xFF"s "A"}}));
 }
 
 TEST_F(YSqliteHelperTest, ReplaceOverwritesByKeyWhileADuplicatePlainInsertWritesNothingOfItsCall) {
     ASSERT_TRUE(save({contact("a", "Ann"), contact("b", "Bob")}).ok());
-
     ASSERT_TRUE(save({contact("a", "Anna")}, true).ok());
-    auto stored = all();
-    ASSERT_EQ(idsOf(stored), (Ids{"a", "b"}));
-    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Anna"s));
 
     // c and d come before the duplicate in the same call, and still must not stay behind.
-    const auto duplicate =
-        save({contact("c", "Cy"), contact("d", "Di"), contact("a", "Again")});
+    const auto duplicate = save({contact("c"), contact("d"), contact("a", "Again")});
     ASSERT_FALSE(duplicate.ok());
     EXPECT_EQ(duplicate.error().code, SQLITE_CONSTRAINT);
-    stored = all();
+    auto stored = all();
     EXPECT_EQ(idsOf(stored), (Ids{"a", "b"}));
     EXPECT_EQ(stored[0].at("name"), YSqliteValue("Anna"s));
 
     // The failed call left no transaction open: the next save commits on its own.
-    ASSERT_TRUE(save({contact("c", "Cy")}).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "c"}));
-
+    ASSERT_TRUE(saveContact("c"));
+    EXPECT_EQ(ids(), (Ids{"a", "b", "c"}));
     EXPECT_TRUE(helper.save("NoSuchTable", {}, true, true, db).ok()) << "an empty save does nothing at all";
 }
 
-TEST_F(YSqliteHelperTest, DeleteRemovesWhatTheConditionMatchesOrEverything) {
-    ASSERT_TRUE(save({contact("a", "Ann"), contact("b", "Bob"), contact("c", "Cy")}, true).ok());
-
-    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = ? and contactId in (?, ?)"s, {"u1"s, "a"s, "c"s}, true, db).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"b"}));
-
-    // A double-quoted word is a name, never a string: one that names no column is an error.
-    ASSERT_FALSE(helper.deleteFrom("Contact", "contactId = \"b\""s, {}, false, db).ok());
-    EXPECT_EQ(all().size(), 1u);
-
-    ASSERT_TRUE(helper.deleteFrom("Contact", std::nullopt, {}, true, db).ok());
-    EXPECT_TRUE(all().empty());
-}
-
-TEST_F(YSqliteHelperTest, SelectAppliesConditionSortLimitAndOffset) {
+TEST_F(YSqliteHelperTest, DeleteAndUpdateTouchWhatTheirConditionMatches) {
     std::vector<YSqliteRow> rows;
-    for (int index = 1; index <= 5; ++index) {
-        rows.push_back({{"yuid", index == 3 ? "u2"s : "u1"s},
-                        {"contactId", "c" + std::to_string(index)},
-                        {"weightage", std::int64_t{index * 10}}});
-    }
+    for (const auto* id : {"a", "b", "c", "d", "e"}) rows.push_back(contact(id, "N"s + id));
     ASSERT_TRUE(save(rows).ok());
-
-    const auto page = [&](std::optional<int> limit, std::optional<int> offset,
-                          std::optional<std::string> where = "yuid = 'u1'"s) {
-        auto selected =
-            helper.select("Contact", YSqliteSortDescriptor{"weightage", false}, where, limit, offset, true, db);
-        EXPECT_TRUE(selected.ok()) << selected.error().message;
-        return idsOf(selected.value());
-    };
-    EXPECT_EQ(page(std::nullopt, std::nullopt), (Ids{"c5", "c4", "c2", "c1"}));
-    EXPECT_EQ(page(2, 1), (Ids{"c4", "c2"}));
-    EXPECT_EQ(page(std::nullopt, 3), (Ids{"c1"}));
-    EXPECT_EQ(page(1, std::nullopt), (Ids{"c5"}));
-    EXPECT_EQ(page(3, std::nullopt, std::nullopt), (Ids{"c5", "c4", "c3"}));
-}
-
-TEST_F(YSqliteHelperTest, UpdateUsesSqliteDefaultWithoutResolutionAndTheChosenOneOtherwise) {
-    ASSERT_TRUE(save({contact("a", "Ann"), contact("b", "Bob"), contact("c", "Cy")}).ok());
+    ASSERT_TRUE(helper.deleteFrom("Contact", "yuid = ? and contactId in (?, ?)"s, {"u1"s, "d"s, "e"s}, true, db).ok());
+    // A double-quoted word is a name, never a string: one that names no column is an error.
+    EXPECT_FALSE(helper.deleteFrom("Contact", "contactId = \"c\""s, {}, false, db).ok());
+    EXPECT_EQ(ids(), (Ids{"a", "b", "c"}));
 
     // Text stored in an INTEGER column becomes an integer, which the usage-count update relies on.
-    ASSERT_TRUE(helper
-                    .update("Contact", "contactId = ? AND yuid = ?", {"b"s, "u1"s},
-                            {{"weightage", "7"s}, {"name", "Bo"s}}, std::nullopt, true, db)
+    ASSERT_TRUE(helper.update("Contact", "contactId = ? AND yuid = ?", {"b"s, "u1"s},
+                              {{"weightage", "7"s}, {"name", "Bo"s}}, std::nullopt, true, db)
                     .ok());
     auto stored = all();
     EXPECT_EQ(stored[1].at("weightage"), YSqliteValue(std::int64_t{7}));
     EXPECT_EQ(stored[1].at("name"), YSqliteValue("Bo"s));
     EXPECT_EQ(stored[0].count("weightage"), 0u) << "rows outside the condition keep their values";
+    const auto page = helper.select("Contact", YSqliteSortDescriptor{"contactId", false}, "yuid = 'u1'"s, 2, 1, true, db);
+    EXPECT_EQ(idsOf(page.value()), (Ids{"b", "a"})) << "in descending order, the first skipped";
 
-    // Renaming a onto b's key collides with b.
-    const auto plain = helper.update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}}, std::nullopt, true, db);
-    ASSERT_FALSE(plain.ok());
-    EXPECT_EQ(plain.error().code, SQLITE_CONSTRAINT);
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "c"}));
-
-    ASSERT_TRUE(
-        helper.update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}}, YSqliteConflictResolution::ignore, true,
-                      db)
-            .ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "c"}));
-
-    ASSERT_TRUE(helper
-                    .update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}},
-                            YSqliteConflictResolution::replace, true, db)
-                    .ok());
+    // Renaming a onto b's key collides with b: SQLite's default refuses, ignore skips, replace overwrites.
+    const auto rename = [&](std::optional<YSqliteConflictResolution> resolution) {
+        return helper.update("Contact", "contactId = 'a'", {}, {{"contactId", "b"s}}, resolution, false, db);
+    };
+    EXPECT_EQ(rename(std::nullopt).error().code, SQLITE_CONSTRAINT);
+    EXPECT_TRUE(rename(YSqliteConflictResolution::ignore).ok());
+    EXPECT_EQ(ids(), (Ids{"a", "b", "c"}));
+    EXPECT_TRUE(rename(YSqliteConflictResolution::replace).ok());
     stored = all();
     ASSERT_EQ(idsOf(stored), (Ids{"b", "c"}));
-    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Ann"s)) << "the renamed row replaced the one it collided with";
+    EXPECT_EQ(stored[0].at("name"), YSqliteValue("Na"s)) << "the renamed row replaced the one it collided with";
+    ASSERT_TRUE(helper.deleteFrom("Contact", std::nullopt, {}, true, db).ok());
+    EXPECT_TRUE(all().empty());
 }
 
-TEST_F(YSqliteHelperTest, BoundSelectReadsQuotesInValuesAsData) {
+TEST_F(YSqliteHelperTest, BoundValuesAreDataAndFailuresAreErrorsLoggedOnlyWhenAlerting) {
     const std::string injection = "x' OR '1'='1";
     ASSERT_TRUE(save({contact("a", "O'Brien"), contact("b", injection), contact("c", "Cy")}).ok());
-
-    const std::string query = "SELECT contactId FROM Contact WHERE yuid = ? AND name = ? ORDER BY contactId";
     const auto found = [&](const std::string& sql, const std::vector<YSqliteValue>& bindings) {
         const auto rows = helper.select(sql, bindings, true, db);
         EXPECT_TRUE(rows.ok()) << rows.error().message;
         return idsOf(rows.value());
     };
+    const std::string query = "SELECT contactId FROM Contact WHERE yuid = ? AND name = ? ORDER BY contactId";
     EXPECT_EQ(found(query, {"u1"s, injection}), (Ids{"b"}));
     EXPECT_EQ(found(query, {"u1"s, "O'Brien"s}), (Ids{"a"}));
     EXPECT_EQ(found("SELECT contactId FROM Contact WHERE name LIKE ? || '%'", {"O'"s}), (Ids{"a"}));
+    EXPECT_EQ(helper.select(query, {"u1"s}, false, db).error().code, SQLITE_RANGE) << "a value is missing";
 
-    EXPECT_EQ(helper.select(query, {"u1"s}, true, db).error().code, SQLITE_RANGE) << "a value is missing";
-}
-
-TEST_F(YSqliteHelperTest, FailuresComeBackAsErrorsAndAreLoggedOnlyWhenAlerting) {
     const auto missing = helper.select("SELECT * FROM NoSuchTable", false, db);
-    ASSERT_FALSE(missing.ok());
     EXPECT_EQ(missing.error().code, SQLITE_ERROR);
     EXPECT_NE(missing.error().message.find("no such table"), std::string::npos) << missing.error().message;
     EXPECT_TRUE(missing.value().empty());
+    // Text with a second statement is refused by the single-statement operations.
+    EXPECT_EQ(helper.deleteFrom("Contact", "contactId = 'zz'; DELETE FROM Contact"s, {}, false, db).error().code,
+              SQLITE_MISUSE);
+    EXPECT_EQ(all().size(), 3u);
     EXPECT_TRUE(log.messages().empty());
 
     const auto badSyntax = helper.execute("DELETE FROM WHERE", true, db);
     ASSERT_FALSE(badSyntax.ok());
-    ASSERT_EQ(log.messages().size(), 1u);
-    EXPECT_NE(log.messages()[0].find(badSyntax.error().message), std::string::npos) << log.messages()[0];
-    EXPECT_NE(log.messages()[0].find("test"), std::string::npos) << "names the database";
-
-    log.clear();
-    const auto badColumn = save({{{"nope", "x"s}}}, true);
-    ASSERT_FALSE(badColumn.ok());
-    ASSERT_EQ(log.messages().size(), 1u);
-    EXPECT_NE(log.messages()[0].find("has no column named nope"), std::string::npos) << log.messages()[0];
-
-    // Text with a second statement is refused by the single-statement operations.
-    ASSERT_TRUE(save({contact("a", "Ann")}).ok());
-    EXPECT_EQ(helper.deleteFrom("Contact", "contactId = 'zz'; DELETE FROM Contact"s, {}, false, db).error().code,
-              SQLITE_MISUSE);
-    EXPECT_EQ(all().size(), 1u);
+    EXPECT_FALSE(save({{{"nope", "x"s}}}, true).ok());
+    const auto lines = log.messages();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_NE(lines[0].find(badSyntax.error().message), std::string::npos) << lines[0];
+    EXPECT_NE(lines[0].find("test"), std::string::npos) << "names the database";
+    EXPECT_NE(lines[1].find("has no column named nope"), std::string::npos) << lines[1];
 }
 
-TEST_F(YSqliteHelperTest, ExecuteRunsSeveralStatementsAndRollsBackATransactionItLeftOpenByFailing) {
+TEST_F(YSqliteHelperTest, ExecuteRollsBackWhatItLeftOpenWhileSavesJoinATransactionItOpened) {
     ASSERT_TRUE(helper
                     .execute("INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'a');"
                              "INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'b');",
-                             true, db).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b"}));
+                             true, db)
+                    .ok());
+    EXPECT_FALSE(helper
+                     .execute("BEGIN; INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'c'); "
+                              "INSERT INTO Missing VALUES (1); COMMIT;",
+                              false, db)
+                     .ok());
+    EXPECT_EQ(ids(), (Ids{"a", "b"}));
 
-    const auto failed = helper.execute(
-        "BEGIN; INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'c'); INSERT INTO Missing VALUES (1); COMMIT;",
-        false, db);
-    ASSERT_FALSE(failed.ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b"}));
-    ASSERT_TRUE(save({contact("d", "Di")}).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b", "d"}));
-}
-
-TEST_F(YSqliteHelperTest, SaveInsideATransactionOpenedByExecuteJoinsIt) {
     ASSERT_TRUE(helper.execute("BEGIN", true, db).ok());
-    ASSERT_TRUE(save({contact("a", "Ann")}).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a"})) << "reads on the thread that began it see its writes";
-    // The failing save undoes only its own rows.
-    ASSERT_FALSE(helper.save("Contact", {contact("b", "Bob"), contact("a", "Ann")}, false, false, db).ok());
+    ASSERT_TRUE(saveContact("d"));
+    EXPECT_EQ(ids(), (Ids{"a", "b", "d"})) << "reads on the thread that began it see its writes";
+    // A failing save undoes only its own rows.
+    ASSERT_FALSE(helper.save("Contact", {contact("e"), contact("a")}, false, false, db).ok());
+    ASSERT_TRUE(saveContact("f"));
     ASSERT_TRUE(helper.execute("ROLLBACK", true, db).ok());
-    EXPECT_TRUE(all().empty());
-
-    ASSERT_TRUE(helper.execute("BEGIN", true, db).ok());
-    ASSERT_FALSE(helper.save("Contact", {contact("b", "Bob"), contact("b", "Bob")}, false, false, db).ok());
-    ASSERT_TRUE(save({contact("a", "Ann")}).ok());
+    EXPECT_EQ(ids(), (Ids{"a", "b"}));
+    ASSERT_TRUE(helper.execute("BEGIN; INSERT INTO Contact (yuid, contactId) VALUES ('u1', 'g')", true, db).ok());
+    ASSERT_FALSE(helper.save("Contact", {contact("h"), contact("h")}, false, false, db).ok());
     ASSERT_TRUE(helper.execute("COMMIT", true, db).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a"}));
+    EXPECT_EQ(ids(), (Ids{"a", "b", "g"}));
 
     // A transaction begun by a select is not left open to hold an old snapshot for the reads after it.
     ASSERT_TRUE(helper.select("BEGIN", true, db).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a"}));
-    ASSERT_TRUE(save({contact("b", "Bob")}).ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a", "b"}));
+    ASSERT_TRUE(saveContact("i"));
+    EXPECT_EQ(ids(), (Ids{"a", "b", "g", "i"}));
 }
 
-TEST_F(YSqliteHelperTest, ConnectionIsInWalModeWithNormalSyncABusyTimeoutAndNoForeignKeys) {
-    const auto pragma = [&](const std::string& name) {
-        const auto rows = helper.select("PRAGMA " + name, true, db);
-        EXPECT_TRUE(rows.ok() && rows.value().size() == 1u) << name;
-        return rows.value().empty() ? YSqliteValue() : rows.value()[0].begin()->second;
-    };
-    EXPECT_EQ(pragma("journal_mode"), YSqliteValue("wal"s));
-    EXPECT_EQ(pragma("synchronous"), YSqliteValue(std::int64_t{1}));
-    EXPECT_EQ(pragma("busy_timeout"), YSqliteValue(std::int64_t{5000}));
-    EXPECT_EQ(pragma("foreign_keys"), YSqliteValue(std::int64_t{0}));
-}
-
-TEST_F(YSqliteHelperTest, UnknownIdentifierIsAMisuseForEveryOperation) {
-    const std::string unknown = "never-registered";
-    std::vector<YSqliteError> errors;
-    const auto collect = [&](const auto& result) {
-        EXPECT_FALSE(result.ok());
-        errors.push_back(result.error());
-    };
-    collect(helper.save("Contact", {contact("a", "Ann")}, true, true, unknown));
-    collect(helper.deleteFrom("Contact", std::nullopt, {}, true, unknown));
-    collect(helper.select("Contact", std::nullopt, std::nullopt, std::nullopt, std::nullopt, true, unknown));
-    collect(helper.select("SELECT 1", true, unknown));
-    collect(helper.select("SELECT ?", {"x"s}, true, unknown));
-    collect(helper.update("Contact", "1", {}, {{"name", "x"s}}, std::nullopt, true, unknown));
-    collect(helper.execute("SELECT 1", true, unknown));
-    for (const auto& error : errors) EXPECT_EQ(error.code, SQLITE_MISUSE);
-    EXPECT_EQ(log.messages().size(), errors.size());
-    for (const auto& message : log.messages()) EXPECT_NE(message.find(unknown), std::string::npos) << message;
-
-    helper.unregisterDB(db);
-    EXPECT_EQ(helper.select("SELECT 1", false, db).error().code, SQLITE_MISUSE);
-}
-
-TEST_F(YSqliteHelperTest, IdentifiersAreIndependentAndRegisteringAgainSwitchesTheFile) {
-    ASSERT_TRUE(registerAt("other", "other.db").ok());
+TEST_F(YSqliteHelperTest, IdentifiersAreIndependentConnectionsAndAnUnknownOneIsAMisuse) {
+    ASSERT_TRUE(registerAt("other", directory.file("other.db")).ok());
     ASSERT_TRUE(helper.execute("CREATE TABLE Contact (yuid TEXT, contactId TEXT, name TEXT)", true, "other").ok());
-    ASSERT_TRUE(save({contact("a", "Ann")}).ok());
-    ASSERT_TRUE(helper.save("Contact", {contact("z", "Zed")}, false, true, "other").ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"a"}));
-    EXPECT_EQ(idsOf(all("other")), (Ids{"z"}));
+    ASSERT_TRUE(saveContact("a"));
+    ASSERT_TRUE(save({contact("z")}, false, "other").ok());
+    EXPECT_EQ(ids(), (Ids{"a"}));
+    EXPECT_EQ(ids("other"), (Ids{"z"}));
 
-    ASSERT_TRUE(registerAt(db, "other.db").ok());
-    EXPECT_EQ(idsOf(all()), (Ids{"z"}));
-
-    // A registration that fails keeps the connection already there.
-    const auto failed = registerAt(db, "missing-dir/x.db");
-    ASSERT_FALSE(failed.ok());
-    EXPECT_EQ(failed.error().code, SQLITE_CANTOPEN);
+    // Registering again switches the file; a registration that fails keeps the connection already there.
+    ASSERT_TRUE(registerAt(db, directory.file("other.db")).ok());
+    EXPECT_EQ(ids(), (Ids{"z"}));
+    EXPECT_EQ(registerAt(db, directory.file("missing-dir/x.db")).error().code, SQLITE_CANTOPEN);
+    EXPECT_EQ(ids(), (Ids{"z"}));
     EXPECT_EQ(log.messages().size(), 1u);
-    EXPECT_EQ(idsOf(all()), (Ids{"z"}));
+
+    // A read-only connection reads the file but refuses writes, and never creates a missing file.
+    ASSERT_TRUE(registerAt("reader", path(), YSqliteConnectionMode::readOnly).ok());
+    EXPECT_EQ(ids("reader"), (Ids{"a"}));
+    EXPECT_EQ(helper.save("Contact", {contact("b")}, false, false, "reader").error().code, SQLITE_READONLY);
+    EXPECT_FALSE(registerAt("ghost", directory.file("absent.db"), YSqliteConnectionMode::readOnly).ok());
+    EXPECT_FALSE(std::filesystem::exists(directory.file("absent.db")));
+
+    log.clear();
+    helper.unregisterDB("other");
+    const std::vector<YSqliteResult<void>> results{
+        save({contact("a")}, true, "other"), helper.deleteFrom("Contact", std::nullopt, {}, true, "other"),
+        helper.update("Contact", "1", {}, {{"name", "x"s}}, std::nullopt, true, "other"),
+        helper.transaction([] { return true; }, true, "other")};
+    for (const auto& result : results) EXPECT_EQ(result.error().code, SQLITE_MISUSE);
+    ASSERT_EQ(log.messages().size(), results.size());
+    EXPECT_TRUE(log.contains("other"));
 }
 
-TEST_F(YSqliteHelperTest, ReadOnlyConnectionReadsTheFileButRefusesWrites) {
-    ASSERT_TRUE(save({contact("a", "Ann")}).ok());
-    ASSERT_TRUE(registerAt("reader", "main.db", YSqliteConnectionMode::readOnly).ok());
+// A file, whose reads run on read handles of their own, and a database in memory, whose one handle serves all.
+class YSqliteHelperTransactionTest : public YSqliteHelperTest, public ::testing::WithParamInterface<bool> {
+    std::string path() override { return GetParam() ? ":memory:"s : YSqliteHelperTest::path(); }
+};
+INSTANTIATE_TEST_SUITE_P(FileOrMemory, YSqliteHelperTransactionTest, ::testing::Bool());
 
-    EXPECT_EQ(idsOf(all("reader")), (Ids{"a"}));
+TEST_P(YSqliteHelperTransactionTest, WritesInsideCommitTogetherOrNotAtAll) {
+    EXPECT_TRUE(helper.transaction([&] { return saveContact("a") && saveContact("b"); }, true, db).ok());
+    // "a" again breaks the primary key: "c", saved before it in the same transaction, must go too.
+    EXPECT_FALSE(helper.transaction([&] { return saveContact("c") && saveContact("a"); }, true, db).ok());
+    EXPECT_TRUE(log.contains("constraint failed"));
+    const auto thrown = helper.transaction(
+        [&]() -> bool {
+            saveContact("d");
+            throw std::runtime_error("work failed");
+        },
+        true, db);
+    EXPECT_EQ(thrown.error().message, "work failed");
+    EXPECT_EQ(ids(), (Ids{"a", "b"}));
 
-    const auto write = helper.save("Contact", {contact("b", "Bob")}, false, false, "reader");
-    ASSERT_FALSE(write.ok());
-    EXPECT_EQ(write.error().code, SQLITE_READONLY);
-    EXPECT_EQ(idsOf(all()), (Ids{"a"}));
+    // A transaction inside another is undone alone; the outer one still commits its own writes. A snapshot
+    // inside it is part of it.
+    Ids inside;
+    EXPECT_TRUE(helper
+                    .transaction(
+                        [&] {
+                            saveContact("e");
+                            EXPECT_FALSE(helper.transaction([&] { return saveContact("f") && false; }, false, db).ok());
+                            EXPECT_TRUE(helper.snapshot([&] { inside = ids(); }, true, db).ok());
+                            return saveContact("g");
+                        },
+                        true, db)
+                    .ok());
+    EXPECT_EQ(inside, (Ids{"a", "b", "e"}));
+    // Nothing was left open: a save and a snapshot afterwards work alone.
+    EXPECT_TRUE(saveContact("h"));
+    EXPECT_TRUE(helper.snapshot([&] { inside = ids(); }, true, db).ok());
+    EXPECT_EQ(inside, (Ids{"a", "b", "e", "g", "h"}));
+}
 
-    EXPECT_FALSE(registerAt("ghost", "absent.db", YSqliteConnectionMode::readOnly).ok());
-    EXPECT_FALSE(std::filesystem::exists(directory.file("absent.db"))) << "read-only never creates the file";
+// The futures outlive the transaction and the snapshot: were the other thread held back until they end, the
+// bounded wait would fail rather than hang.
+TEST_F(YSqliteHelperTest, OtherThreadsReadTheLastCommitBesideATransactionAndWriteBesideASnapshot) {
+    ASSERT_TRUE(saveContact("a"));
+    std::future<Ids> during;
+    ASSERT_TRUE(helper
+                    .transaction(
+                        [&] {
+                            saveContact("b");
+                            during = std::async(std::launch::async, [&] { return ids(); });
+                            return becomesReady(during);
+                        },
+                        true, db)
+                    .ok());
+    EXPECT_EQ(during.get(), (Ids{"a"}));
+
+    Ids before, after;
+    std::future<bool> write;
+    ASSERT_TRUE(helper
+                    .snapshot(
+                        [&] {
+                            before = ids();
+                            write = std::async(std::launch::async, [&] { return saveContact("c"); });
+                            EXPECT_TRUE(becomesReady(write));
+                            after = ids();
+                        },
+                        true, db)
+                    .ok());
+    EXPECT_TRUE(write.get());
+    EXPECT_EQ(before, (Ids{"a", "b"}));
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(ids(), (Ids{"a", "b", "c"}));
 }
 
 }  // namespace
