@@ -197,8 +197,8 @@ TEST(YRunLoopQueueTest, ThrowingBlockIsLoggedAndTheLoopGoesOn) {
 
     EXPECT_TRUE(becomesReady(after.get_future()));
     EXPECT_EQ(errors.messages().size(), 2u);
-    EXPECT_TRUE(errors.contains({"test.throw", "broken block"}));
-    EXPECT_TRUE(errors.contains({"test.throw", "non-standard"}));
+    EXPECT_TRUE(errors.contains(std::vector<std::string>{"test.throw", "broken block"}));
+    EXPECT_TRUE(errors.contains(std::vector<std::string>{"test.throw", "non-standard"}));
 }
 
 }  // namespace

@@ -70,10 +70,12 @@ TEST_F(YUserDefaultsTest, ReadingAsAnotherKindConvertsTheStoredNumber) {
         bool flag;
     };
     const Read reads[] = {
-        {"int", 42, 42.0, true},        {"big", max, static_cast<double>(max), true}, {"negative int", -7, -7.0, true},
-        {"positive", 2, 2.9, true},     {"negative", -2, -2.9, true},                 {"fraction", 0, 0.25, true},
-        {"zero", 0, 0.0, false},        {"huge", max, 1e300, true},                   {"nan", 0, 0.0, false},
-        {"true", 1, 1.0, true},         {"false", 0, 0.0, false},                     {"missing", 0, 0.0, false},
+        {"int", 42, 42.0, true},          {"big", max, static_cast<double>(max), true},
+        {"negative int", -7, -7.0, true}, {"positive", 2, 2.9, true},
+        {"negative", -2, -2.9, true},     {"fraction", 0, 0.25, true},
+        {"zero", 0, 0.0, false},          {"huge", max, 1e300, true},
+        {"nan", 0, 0.0, false},           {"true", 1, 1.0, true},
+        {"false", 0, 0.0, false},         {"missing", 0, 0.0, false},
     };
     for (const auto& read : reads) {
         SCOPED_TRACE(read.key);

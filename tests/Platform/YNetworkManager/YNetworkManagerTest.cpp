@@ -6,7 +6,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -76,7 +75,7 @@ private:
     std::thread thread_;
 };
 
-// An httplib server that records what it is sent. "/hold/..." parks until releaseHeld() or destruction.
+// An httplib server that records what it is sent. "/hold/..." parks until the server is destroyed.
 class LocalHTTPServer {
 public:
     LocalHTTPServer() {
@@ -97,8 +96,10 @@ public:
         server_.Get("/text", [](const httplib::Request&, httplib::Response& response) {
             response.set_content(longText(), "text/plain");
         });
-        server_.Get("/old", [](const httplib::Request&, httplib::Response& response) { response.set_redirect("/echo"); });
-        server_.Get("/loop", [](const httplib::Request&, httplib::Response& response) { response.set_redirect("/loop"); });
+        server_.Get("/old",
+                    [](const httplib::Request&, httplib::Response& response) { response.set_redirect("/echo"); });
+        server_.Get("/loop",
+                    [](const httplib::Request&, httplib::Response& response) { response.set_redirect("/loop"); });
         server_.Get(R"(/hold/(\w+))", [this](const httplib::Request& request, httplib::Response& response) {
             seen.add(request);
             released_.wait_for(waitLimit);
@@ -111,7 +112,7 @@ public:
         while (!server_.is_running()) std::this_thread::yield();
     }
     ~LocalHTTPServer() {
-        releaseHeld();
+        release_.set_value();
         server_.stop();
         thread_.join();
     }
@@ -122,9 +123,6 @@ public:
         return text;
     }
     std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
-    void releaseHeld() {
-        if (!releasing_.exchange(true)) release_.set_value();
-    }
 
     testsupport::Received<httplib::Request> seen;
 
@@ -134,7 +132,6 @@ private:
     std::thread thread_;
     std::promise<void> release_;
     std::shared_future<void> released_ = release_.get_future().share();
-    std::atomic<bool> releasing_{false};
 };
 
 class YNetworkManagerTest : public ::testing::Test {
@@ -143,8 +140,8 @@ protected:
                                      const Probe& probe, const Headers& params = {}, bool multipart = false,
                                      YRequestPriority priority = YRequestPriority::normal, const Headers& headers = {},
                                      const std::optional<std::string>& authorization = std::nullopt) {
-        return client.sendRequestURL(method, url, authorization, headers, params, multipart, priority, std::nullopt,
-                                     std::nullopt, {}, probe.completion());
+        return client.sendRequestURL(method, url, authorization, headers, params, multipart, priority,
+                                     YActivityMetaData("probe"), std::string("test"), {}, probe.completion());
     }
     std::optional<std::int64_t> get(const std::string& path, const Probe& probe,
                                     YRequestPriority priority = YRequestPriority::normal) {
@@ -164,7 +161,7 @@ protected:
     std::shared_ptr<YNetworkManager> manager = std::make_shared<YNetworkManager>();
 };
 
-TEST_F(YNetworkManagerTest, ParamsGoToTheQueryOrAFormOrMultipartBodyOverOneConnection) {
+TEST_F(YNetworkManagerTest, ParamsGoToTheQueryOrAFormOrMultipartBodyAndConnectionsAreReused) {
     struct Request {
         YHTTPMethod method;
         const char* path;
@@ -183,7 +180,8 @@ TEST_F(YNetworkManagerTest, ParamsGoToTheQueryOrAFormOrMultipartBodyOverOneConne
         const bool first = &request == &requests.front();
         Probe probe;
         send(*manager, request.method, server.url(request.path), probe, request.params, request.multipart,
-             YRequestPriority::normal, first ? Headers{{"X-Client", "desk 1.0"}, {"Authorization", "ignored"}} : Headers{},
+             YRequestPriority::normal,
+             first ? Headers{{"X-Client", "desk 1.0"}, {"Authorization", "ignored"}} : Headers{},
              first ? std::optional<std::string>("Bearer a.b/c==") : std::nullopt);
         ASSERT_TRUE(probe.await());
     }
@@ -205,46 +203,41 @@ TEST_F(YNetworkManagerTest, ParamsGoToTheQueryOrAFormOrMultipartBodyOverOneConne
     EXPECT_EQ(seen[5].method, "DELETE");
     EXPECT_EQ(seen[5].target, "/echo?id=7");
     EXPECT_TRUE(seen[5].body.empty());
-    for (const auto& request : seen) EXPECT_EQ(request.remote_port, seen[0].remote_port) << request.target;
+    // Sequential requests reuse the connection the first one opened.
+    EXPECT_EQ(seen[1].remote_port, seen[0].remote_port);
+    EXPECT_EQ(seen[2].remote_port, seen[0].remote_port);
 }
 
 TEST_F(YNetworkManagerTest, AnyHTTPStatusIsAnAnswerWithTheFinalHeadersAndADecompressedBody) {
-    Probe ok, missing, redirected, compressed, gzipOnly;
-    get("/echo", ok);
-    get("/missing", missing);
-    get("/old", redirected);
-    get("/text", compressed);
-    send(*manager, YHTTPMethod::GET, server.url("/text"), gzipOnly, {}, false, YRequestPriority::normal,
-         {{"Accept-Encoding", "gzip"}});
-
-    const auto found = ok.await();
-    ASSERT_TRUE(found && found->response && found->data);
-    EXPECT_FALSE(found->error);
-    EXPECT_EQ(found->response->statusCode, 200);
-    EXPECT_EQ(found->response->header("x-echo-method"), "GET");
-    EXPECT_EQ(found->response->header("CONTENT-TYPE"), "text/plain");
-    EXPECT_FALSE(found->response->header("X-Absent"));
-
-    const auto notFound = missing.await();
-    ASSERT_TRUE(notFound && notFound->response);
-    EXPECT_FALSE(notFound->error);
-    EXPECT_EQ(notFound->response->statusCode, 404);
-    EXPECT_EQ(notFound->response->header("x-reason"), "no such contact");
-    EXPECT_EQ(notFound->body(), "not here");
-
-    const auto moved = redirected.await();
-    ASSERT_TRUE(moved && moved->response);
-    EXPECT_EQ(moved->response->statusCode, 200);
-    EXPECT_EQ(moved->response->url, server.url("/echo"));
-    EXPECT_FALSE(moved->response->header("Location")) << "only the final answer's headers are kept";
-
-    for (const auto* probe : {&compressed, &gzipOnly}) {
-        const auto text = probe->await();
-        ASSERT_TRUE(text && text->response);
-        EXPECT_TRUE(text->response->header("Content-Encoding")) << "the server compresses what the client accepts";
-        EXPECT_EQ(text->body(), LocalHTTPServer::longText());
+    struct Answer {
+        const char* path;
+        Headers headers;
+        int status;
+        const char* finalPath;
+        const char* header;  // looked up without regard to case
+        std::optional<std::string> value;
+        std::string body;
+    };
+    const Answer answers[] = {
+        {"/echo", {}, 200, "/echo", "x-echo-method", "GET", ""},
+        {"/missing", {}, 404, "/missing", "X-REASON", "no such contact", "not here"},
+        {"/old", {}, 200, "/echo", "Location", std::nullopt, ""},  // only the final answer's headers are kept
+        {"/text", {}, 200, "/text", "content-type", "text/plain", LocalHTTPServer::longText()},
+        {"/text", {{"Accept-Encoding", "gzip"}}, 200, "/text", "Content-Encoding", "gzip", LocalHTTPServer::longText()},
+    };
+    for (const auto& answer : answers) {
+        SCOPED_TRACE(answer.path);
+        Probe probe;
+        send(*manager, YHTTPMethod::GET, server.url(answer.path), probe, {}, false, YRequestPriority::normal,
+             answer.headers);
+        const auto outcome = probe.await();
+        ASSERT_TRUE(outcome && outcome->response && outcome->data);
+        EXPECT_FALSE(outcome->error);
+        EXPECT_EQ(outcome->response->statusCode, answer.status);
+        EXPECT_EQ(outcome->response->url, server.url(answer.finalPath));
+        EXPECT_EQ(outcome->response->header(answer.header), answer.value);
+        EXPECT_EQ(outcome->body(), answer.body);
     }
-    EXPECT_EQ(gzipOnly.await()->response->header("Content-Encoding"), "gzip");
 }
 
 TEST_F(YNetworkManagerTest, TransportAndServerFaultsMapToPlatformErrorCodes) {
@@ -279,77 +272,54 @@ TEST_F(YNetworkManagerTest, TransportAndServerFaultsMapToPlatformErrorCodes) {
     }
 }
 
-TEST_F(YNetworkManagerTest, ConcurrentSendersGetIncreasingDistinctIdsBeforeTheirSingleCompletion) {
-    constexpr int senders = 4, perSender = 25;
-    std::vector<Probe> probes(senders * perSender);
-    std::vector<std::int64_t> ids(probes.size(), -1), startedIds(probes.size(), 0);
-    std::vector<std::thread> threads;
-    for (int sender = 0; sender < senders; ++sender) {
-        threads.emplace_back([&, sender] {
-            for (int index = sender * perSender; index < (sender + 1) * perSender; ++index) {
-                ids[index] = manager
-                                 ->sendRequestURL(YHTTPMethod::GET, server.url("/echo"), std::nullopt, {},
-                                                  {{"i", std::to_string(index)}}, false, YRequestPriority::normal,
-                                                  YActivityMetaData("photo"), std::string("probe"),
-                                                  [&startedIds, index](std::int64_t id) { startedIds[index] = id; },
-                                                  probes[index].completion())
-                                 .value_or(-1);
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
-
-    EXPECT_EQ(startedIds, ids) << "the start handler runs with the task id before sendRequestURL returns";
-    EXPECT_EQ(std::set<std::int64_t>(ids.begin(), ids.end()).size(), ids.size());
-    for (std::size_t index = 0; index < ids.size(); ++index) {
-        EXPECT_GE(ids[index], 1);
-        if (index % perSender != 0) EXPECT_GT(ids[index], ids[index - 1]);
-        const auto outcome = probes[index].await();
-        ASSERT_TRUE(outcome && outcome->response);
-        EXPECT_EQ(outcome->response->statusCode, 200);
-    }
-    manager.reset();
-    for (const auto& probe : probes) EXPECT_EQ(probe.calls(), 1u);
-}
-
-// Cancelling a running request frees its slot for the best waiting one; cancelling a waiting request keeps it
-// from the server; either completes once, with cancelled. Ids that are unknown or done are ignored.
-TEST_F(YNetworkManagerTest, RequestsBeyondSixPerHostWaitByPriorityAndCancelCompletesOnce) {
+// Beyond six requests per host, requests wait and start by priority. Cancelling a running one frees its slot,
+// cancelling a waiting one keeps it from the server, and destroying the client cancels the rest and joins its
+// threads. Every completion runs once; ids unknown or done are ignored.
+TEST_F(YNetworkManagerTest, RequestsBeyondSixPerHostWaitByPriorityAndEndOnceWhenCancelledOrDestroyed) {
+    // Once the server has answered, its worker threads all exist and the count below is stable.
+    Probe warmUp, finished;
+    get("/echo", warmUp);
+    ASSERT_TRUE(warmUp.await());
+    const std::size_t threadsBefore = testsupport::processThreadCount();
+    auto owned = std::make_shared<YNetworkManager>(YNetworkManager::Options{.completionThreads = 3});
+    const auto hold = [&](const std::string& name, const Probe& probe, YRequestPriority priority) {
+        return send(*owned, YHTTPMethod::GET, server.url("/hold/" + name), probe, {}, false, priority).value_or(-1);
+    };
+    const auto finishedId = send(*owned, YHTTPMethod::GET, server.url("/echo"), finished).value_or(-1);
+    ASSERT_TRUE(finished.await());
     std::vector<Probe> held(6);
     std::vector<std::int64_t> heldIds;
-    for (std::size_t i = 0; i < held.size(); ++i) {
-        heldIds.push_back(get("/hold/" + std::to_string(i), held[i], YRequestPriority::veryLow).value_or(-1));
-    }
-    ASSERT_TRUE(server.seen.waitFor(6));
+    for (std::size_t i = 0; i < held.size(); ++i)
+        heldIds.push_back(hold(std::to_string(i), held[i], YRequestPriority::veryLow));
+    ASSERT_TRUE(server.seen.waitFor(2 + 6));
+    EXPECT_GT(testsupport::processThreadCount(), threadsBefore);
 
-    Probe low, top, normal, dropped;
-    get("/hold/low", low, YRequestPriority::low);
-    get("/hold/top", top, YRequestPriority::veryHigh);
-    const auto droppedId = get("/hold/dropped", dropped, YRequestPriority::veryHigh);
-    get("/hold/normal", normal, YRequestPriority::normal);
-    manager->cancel(droppedId.value_or(-1));
+    Probe low, top, dropped, normal;
+    hold("low", low, YRequestPriority::low);
+    hold("top", top, YRequestPriority::veryHigh);
+    const auto droppedId = hold("dropped", dropped, YRequestPriority::veryHigh);
+    hold("normal", normal, YRequestPriority::normal);
+    owned->cancel(droppedId);
     expectError(dropped, YNetworkError::cancelled);
-    manager->cancel(heldIds[0]);
-    expectError(held[0], YNetworkError::cancelled);
-    ASSERT_TRUE(server.seen.waitFor(7));
-    manager->cancel(heldIds[1]);
-    ASSERT_TRUE(server.seen.waitFor(8));
-    server.releaseHeld();
+    owned->cancel(heldIds[0]);
     ASSERT_TRUE(server.seen.waitFor(9));
+    owned->cancel(heldIds[1]);
+    ASSERT_TRUE(server.seen.waitFor(10));
+    for (const auto id : {heldIds[0], finishedId, finishedId + 1000}) owned->cancel(id);
+
+    owned.reset();
 
     const auto seen = server.seen.values();
-    EXPECT_EQ(seen[6].path, "/hold/top");
-    EXPECT_EQ(seen[7].path, "/hold/normal");
-    EXPECT_EQ(seen[8].path, "/hold/low");
-    for (Probe* probe : {&low, &top, &normal, &held[5]}) {
-        const auto outcome = probe->await();
-        ASSERT_TRUE(outcome && outcome->response);
-        EXPECT_EQ(outcome->body(), "late");
+    ASSERT_EQ(seen.size(), 10u) << "a cancelled or still waiting request reached the server";
+    EXPECT_EQ(seen[8].path, "/hold/top");
+    EXPECT_EQ(seen[9].path, "/hold/normal");
+    held.insert(held.end(), {low, top, dropped, normal});
+    for (const auto& probe : held) {
+        EXPECT_EQ(probe.calls(), 1u) << "completed once, before the destructor returned";
+        expectError(probe, YNetworkError::cancelled);
     }
-    for (const auto id : {heldIds[0], heldIds[5], heldIds[5] + 1000}) manager->cancel(id);
-    manager.reset();  // joins the completion threads: every completion that would run has run
-    for (const Probe* probe : {&held[0], &held[1], &held[5], &dropped}) EXPECT_EQ(probe->calls(), 1u);
-    EXPECT_EQ(server.seen.values().size(), 9u) << "the cancelled waiting request reached the server";
+    EXPECT_EQ(finished.calls(), 1u);
+    EXPECT_TRUE(testsupport::threadCountFallsTo(threadsBefore));
 }
 
 TEST_F(YNetworkManagerTest, ASlowCompletionDoesNotStallOtherTransfers) {
@@ -372,30 +342,6 @@ TEST_F(YNetworkManagerTest, ASlowCompletionDoesNotStallOtherTransfers) {
     EXPECT_NE(outcome->thread, std::this_thread::get_id());
     ASSERT_TRUE(testsupport::becomesReady(firstResult));
     EXPECT_TRUE(firstResult.get());
-}
-
-TEST_F(YNetworkManagerTest, DestroyingTheManagerCancelsTransfersAndJoinsItsThreads) {
-    // Once the server has answered, its worker threads all exist and the count below is stable.
-    Probe warmUp;
-    get("/echo", warmUp);
-    ASSERT_TRUE(warmUp.await());
-    const std::size_t threadsBefore = testsupport::processThreadCount();
-    auto owned = std::make_shared<YNetworkManager>(YNetworkManager::Options{.completionThreads = 3});
-    // Six transfers run and two wait for a free slot; all of them end with the manager.
-    std::vector<Probe> probes(8);
-    for (std::size_t i = 0; i < probes.size(); ++i) {
-        send(*owned, YHTTPMethod::GET, server.url("/hold/" + std::to_string(i)), probes[i]);
-    }
-    ASSERT_TRUE(server.seen.waitFor(1 + 6));
-    EXPECT_GT(testsupport::processThreadCount(), threadsBefore);
-
-    owned.reset();
-
-    for (auto& probe : probes) {
-        EXPECT_EQ(probe.calls(), 1u) << "completed before the destructor returned";
-        expectError(probe, YNetworkError::cancelled);
-    }
-    EXPECT_TRUE(testsupport::threadCountFallsTo(threadsBefore));
 }
 
 }  // namespace

@@ -65,22 +65,19 @@ protected:
 };
 
 TEST_F(YSqliteHelperTest, SaveThenSelectRoundTripsEveryValueKindAndLeavesNullColumnsOut) {
-    const std::string awkwardText = "O'Brien \"quoted\" \xC3\xA9t\xC3\xA9 with a\0nul"s;
+    const std::string awkward = "O'Brien \"quoted\" \xC3\xA9t\xC3\xA9 with a\0nul"s;
     constexpr auto max = std::numeric_limits<std::int64_t>::max(), min = std::numeric_limits<std::int64_t>::min();
-    // name and score are missing from b while present in a: they are stored as NULL.
-    ASSERT_TRUE(save({{{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText}, {"weightage", max},
-                       {"isOrg", true}, {"score", 2.5}},
-                      {{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", min}, {"isOrg", false}}})
-                    .ok());
-    // A BLOB comes back as a string holding its bytes.
+    YSqliteRow a = contact("a", awkward), b{{"yuid", "u1"s}, {"contactId", "b"s}};
+    a.insert({{"weightage", max}, {"isOrg", true}, {"score", 2.5}});
+    b.insert({{"weightage", min}, {"isOrg", false}});  // no name nor score: they are stored as NULL
+    ASSERT_TRUE(save({a, b}).ok());
     ASSERT_TRUE(helper.execute("UPDATE Contact SET photo = X'00FF41' WHERE contactId = 'b'", true, db).ok());
 
-    const auto stored = all();
-    ASSERT_EQ(stored.size(), 2u);
-    EXPECT_EQ(stored[0], (YSqliteRow{{"yuid", "u1"s}, {"contactId", "a"s}, {"name", awkwardText},
-                                     {"weightage", max}, {"isOrg", std::int64_t{1}}, {"score", 2.5}}));
-    EXPECT_EQ(stored[1], (YSqliteRow{{"yuid", "u1"s}, {"contactId", "b"s}, {"weightage", min},
-                                     {"isOrg", std::int64_t{0}}, {"photo", "\0\xFF"s "A"}}));
+    // A boolean reads back as an integer, a BLOB as a string holding its bytes.
+    a["isOrg"] = std::int64_t{1};
+    b["isOrg"] = std::int64_t{0};
+    b["photo"] = "\0\xFF\x41"s;
+    EXPECT_EQ(all(), (std::vector<YSqliteRow>{a, b}));
 }
 
 TEST_F(YSqliteHelperTest, ReplaceOverwritesByKeyWhileADuplicatePlainInsertWritesNothingOfItsCall) {
@@ -111,14 +108,16 @@ TEST_F(YSqliteHelperTest, DeleteAndUpdateTouchWhatTheirConditionMatches) {
     EXPECT_EQ(ids(), (Ids{"a", "b", "c"}));
 
     // Text stored in an INTEGER column becomes an integer, which the usage-count update relies on.
-    ASSERT_TRUE(helper.update("Contact", "contactId = ? AND yuid = ?", {"b"s, "u1"s},
-                              {{"weightage", "7"s}, {"name", "Bo"s}}, std::nullopt, true, db)
+    ASSERT_TRUE(helper
+                    .update("Contact", "contactId = ? AND yuid = ?", {"b"s, "u1"s},
+                            {{"weightage", "7"s}, {"name", "Bo"s}}, std::nullopt, true, db)
                     .ok());
     auto stored = all();
     EXPECT_EQ(stored[1].at("weightage"), YSqliteValue(std::int64_t{7}));
     EXPECT_EQ(stored[1].at("name"), YSqliteValue("Bo"s));
     EXPECT_EQ(stored[0].count("weightage"), 0u) << "rows outside the condition keep their values";
-    const auto page = helper.select("Contact", YSqliteSortDescriptor{"contactId", false}, "yuid = 'u1'"s, 2, 1, true, db);
+    const auto page =
+        helper.select("Contact", YSqliteSortDescriptor{"contactId", false}, "yuid = 'u1'"s, 2, 1, true, db);
     EXPECT_EQ(idsOf(page.value()), (Ids{"b", "a"})) << "in descending order, the first skipped";
 
     // Renaming a onto b's key collides with b: SQLite's default refuses, ignore skips, replace overwrites.
