@@ -65,104 +65,74 @@ protected:
     static inline std::unique_ptr<ycontacts::testsupport::TemporaryDirectory> scratch;
 };
 
-TEST_F(CliQueryTest, LocalSearchFindsTheContactAndOnlyMatchingOnes) {
+TEST_F(CliQueryTest, SearchListAndSuggestAnswerFromTheStoreOrTheServer) {
     const auto contact = target();
     const std::string typed = contact.firstName.substr(0, 2);
-    const auto result = query({"search", typed, "--source", "local", "--limit", "1000", "--json"});
-    ASSERT_EQ(result.exitStatus, 0) << result.err;
-    const auto contacts = result.json();
-    ASSERT_TRUE(contacts.is_array()) << result.out;
+    const auto local = query({"search", typed, "--source", "local", "--limit", "1000", "--json"});
+    ASSERT_EQ(local.exitStatus, 0) << local.err;
+    ASSERT_TRUE(local.json().is_array()) << local.out;
     bool found = false;
-    for (const auto& each : contacts) {
+    for (const auto& each : local.json()) {
         EXPECT_TRUE(matches(each, typed)) << each.dump();
         found |= each["contactId"] == contact.contactId;
     }
-    EXPECT_TRUE(found) << contact.contactId << " not among " << contacts.size();
-}
+    EXPECT_TRUE(found) << contact.contactId << " not among " << local.json().size();
+    const auto human = query({"search", contact.firstName, "--limit", "1000"});
+    EXPECT_NE(human.out.find("from the local store"), std::string::npos) << human.out;
+    EXPECT_NE(human.out.find(contact.contactId), std::string::npos) << human.out;
 
-TEST_F(CliQueryTest, LimitAndScopeNarrowTheAnswer) {
-    const auto limited = query({"list", "--limit", "7", "--json"});
-    ASSERT_EQ(limited.exitStatus, 0) << limited.err;
-    EXPECT_EQ(limited.json().size(), 7u);
-
-    const auto org = query({"list", "--scope", "org", "--limit", "1000", "--json"});
-    ASSERT_EQ(org.exitStatus, 0) << org.err;
-    EXPECT_EQ(org.json().size(), server->contacts("o1", true).size());
-    for (const auto& each : org.json()) EXPECT_EQ(each["isOrg"], true);
-}
-
-TEST_F(CliQueryTest, ServerAndBothSourcesAskTheServer) {
-    const auto contact = target();
-    const std::string typed = contact.firstName.substr(0, 3);
     server->clearRequestLog();
-    const auto fromServer = query(std::vector<std::string>{"search", typed, "--source", "server", "--json",
-                                                           "--limit", "1000"} + serverArgs(*server));
+    const auto fromServer = query(std::vector<std::string>{"search", typed, "--source", "server", "--json", "--limit",
+                                                           "1000"} + serverArgs(*server));
     ASSERT_EQ(fromServer.exitStatus, 0) << fromServer.err;
-    bool found = false;
+    found = false;
     for (const auto& each : fromServer.json()) found |= each["contactId"] == contact.contactId;
     EXPECT_TRUE(found) << fromServer.out;
     bool searched = false;
     for (const auto& request : server->requestLog()) searched |= request.param("q") == typed;
     EXPECT_TRUE(searched);
-
     const auto both = query(std::vector<std::string>{"search", typed, "--source", "both", "--json"} + serverArgs(*server));
     ASSERT_EQ(both.exitStatus, 0) << both.err;
     EXPECT_TRUE(both.json()["local"].is_array()) << both.out;
     EXPECT_TRUE(both.json()["server"].is_array()) << both.out;
-}
 
-TEST_F(CliQueryTest, SuggestOffersTheAddressBeingTyped) {
-    const auto contact = target();
+    EXPECT_EQ(query({"list", "--limit", "7", "--json"}).json().size(), 7u);
+    const auto org = query({"list", "--scope", "org", "--limit", "1000", "--json"}).json();
+    EXPECT_EQ(org.size(), server->contacts("o1", true).size());
+    for (const auto& each : org) EXPECT_EQ(each["isOrg"], true);
+
     const std::string address = contact.emails.front().address;
-    const std::string typed = address.substr(0, address.find('@'));
-    const auto result = query({"suggest", typed, "--json"});
-    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const auto suggested = query({"suggest", address.substr(0, address.find('@')), "--json"});
+    ASSERT_EQ(suggested.exitStatus, 0) << suggested.err;
     bool offered = false;
-    for (const auto& suggestion : result.json()) offered |= suggestion["email"] == address;
-    EXPECT_TRUE(offered) << result.out;
+    for (const auto& suggestion : suggested.json()) offered |= suggestion["email"] == address;
+    EXPECT_TRUE(offered) << suggested.out;
 }
 
-TEST_F(CliQueryTest, ShowFindsAContactByIdAddressOrYuid) {
+TEST_F(CliQueryTest, ShowFindsAContactByExactlyOneKeyAndStatusGivesTheStoredCounts) {
     const auto contact = target();
     for (const auto& key : std::vector<std::vector<std::string>>{{"--id", contact.contactId},
                                                                  {"--email", contact.emails.front().address},
                                                                  {"--contact-yuid", *contact.yuid}}) {
+        SCOPED_TRACE(key[0]);
         const auto result = query(std::vector<std::string>{"show", "--json"} + key);
-        ASSERT_EQ(result.exitStatus, 0) << key[0] << ": " << result.err;
-        EXPECT_EQ(result.json()["contactId"], contact.contactId) << key[0];
-        EXPECT_EQ(result.json()["firstName"], contact.firstName) << key[0];
+        ASSERT_EQ(result.exitStatus, 0) << result.err;
+        EXPECT_EQ(result.json()["contactId"], contact.contactId);
+        EXPECT_EQ(result.json()["firstName"], contact.firstName);
     }
-    const auto text = query({"show", "--id", contact.contactId});
-    ASSERT_EQ(text.exitStatus, 0) << text.err;
-    EXPECT_NE(text.out.find(contact.emails.front().address), std::string::npos) << text.out;
-}
-
-TEST_F(CliQueryTest, ShowNeedsExactlyOneKey) {
+    EXPECT_NE(query({"show", "--id", contact.contactId}).out.find(contact.emails.front().address), std::string::npos);
     EXPECT_EQ(query({"show"}).exitStatus, 2);
     EXPECT_EQ(query({"show", "--id", "1", "--email", "a@b.c"}).exitStatus, 2);
-}
 
-TEST_F(CliQueryTest, StatusReportsTheStoredCountsAndTheSyncTime) {
-    const auto result = query({"status", "--json"});
-    ASSERT_EQ(result.exitStatus, 0) << result.err;
-    const auto status = result.json();
+    const auto status = query({"status", "--json"}).json();
     EXPECT_EQ(status["personal"], server->contacts("u1", false).size());
     EXPECT_EQ(status["org"], server->contacts("o1", true).size());
     EXPECT_GT(status["lastUpdatedTime"].get<double>(), 0.0);
     EXPECT_GT(status["databaseBytes"].get<std::int64_t>(), 0);
-
     const auto unknown = runCli({"status", "--json", "--user", "nobody", "--data-dir", scratch->path().string()});
     ASSERT_EQ(unknown.exitStatus, 0) << unknown.err;
     EXPECT_EQ(unknown.json()["personal"], 0);
     EXPECT_TRUE(unknown.json()["lastUpdatedTime"].is_null());
-}
-
-TEST_F(CliQueryTest, HumanSearchOutputListsIdsAndNames) {
-    const auto contact = target();
-    const auto result = query({"search", contact.firstName, "--limit", "1000"});
-    ASSERT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_NE(result.out.find("from the local store"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find(contact.contactId), std::string::npos) << result.out;
 }
 
 }  // namespace
