@@ -15,19 +15,20 @@ TEST(CliServerAddressTest, AcceptsHttpUrlsWithoutTheTrailingSlashAndRejectsWhatP
         const char* base;
         const char* origin;
     };
-    for (const auto& [url, base, origin] : {Accepted{"http://127.0.0.1:8080/", "http://127.0.0.1:8080", "http://127.0.0.1:8080"},
-                                            Accepted{"HTTPS://contacts.example.net/prefix//", "https://contacts.example.net/prefix",
-                                                     "https://contacts.example.net:443"},
-                                            Accepted{"http://[::1]:9000", "http://[::1]:9000", "http://[::1]:9000"}}) {
+    for (const auto& [url, base, origin] :
+         {Accepted{"http://127.0.0.1:8080/", "http://127.0.0.1:8080", "http://127.0.0.1:8080"},
+          Accepted{"HTTPS://contacts.example.net/prefix//", "https://contacts.example.net/prefix",
+                   "https://contacts.example.net:443"},
+          Accepted{"http://[::1]:9000", "http://[::1]:9000", "http://[::1]:9000"}}) {
         SCOPED_TRACE(url);
         const auto parsed = ServerAddress::parse(url);
         ASSERT_TRUE(parsed.address) << parsed.problem;
         EXPECT_EQ(parsed.address->base(), base);
         EXPECT_EQ(parsed.address->origin(), origin);
     }
-    for (const std::string url : {"", "localhost:80", "ftp://host", "http://", "http://:80", "http://host:", "http://host:0",
-                                  "http://host:65536", "http://host:8o", "http://user@host", "http://host/?x=1",
-                                  "http://host#top", "http://ho st", "http://[::1"}) {
+    for (const std::string url : {"", "localhost:80", "ftp://host", "http://", "http://:80", "http://host:",
+                                  "http://host:0", "http://host:65536", "http://host:8o", "http://user@host",
+                                  "http://host/?x=1", "http://host#top", "http://ho st", "http://[::1"}) {
         const auto parsed = ServerAddress::parse(url);
         EXPECT_FALSE(parsed.address) << url;
         EXPECT_FALSE(parsed.problem.empty()) << url;
@@ -40,7 +41,8 @@ TEST(CliProgressLineTest, ShowsTheBarRateAndTimeLeftWithATotalAndEveryKindOfChan
     progress.added.personal = 3000;
     progress.elapsedSeconds = 2.0;
     const auto line = ycontacts_cli::ProgressLine::render(progress, 12000);
-    for (const char* part : {"[######------------------]  25%", "3 pages", "3,000/12,000 contacts", "1,500/s", "~6.0 s left"}) {
+    for (const char* part :
+         {"[######------------------]  25%", "3 pages", "3,000/12,000 contacts", "1,500/s", "~6.0 s left"}) {
         EXPECT_NE(line.find(part), std::string::npos) << part << " is not in " << line;
     }
     progress.completed = true;

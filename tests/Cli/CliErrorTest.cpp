@@ -23,7 +23,7 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
         // Prepares the data folder (created empty) and gives the tool's arguments.
         std::function<Args(const fs::path& data)> prepare;
         int status;
-        std::string message;  // empty: only the status is checked
+        std::string message;            // empty: only the status is checked
         const char* outcome = nullptr;  // the JSON outcome of a sync that ran
     };
     const std::string address = server.baseURL();
@@ -33,8 +33,11 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
     const auto synced = [&](const fs::path& data) { return runCli(sync(serverArgs(server), data)).exitStatus == 0; };
     const auto missing = folder.path() / "missing";
     const std::vector<Case> cases{
-        {"refused token", [&](auto data) { return sync({"--server", address, "--token", "token-u2-stolen"}, data); }, 1,
-         "refused the token for user u1 (HTTP 401)", "failed"},
+        {"refused token",
+         [&](auto data) {
+             return sync({"--server", address, "--token", "token-u2-stolen"}, data);
+         },
+         1, "refused the token for user u1 (HTTP 401)", "failed"},
         // The server answers the check that follows, so the message says the sync failed although it answers.
         {"server error",
          [&](auto data) {
@@ -55,15 +58,30 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
                                                                server.contacts("u1", false).at(7).contactId));
              return sync(serverArgs(server), data);
          },
-         1, "could not be stored in " + (folder.path() / "store refuses a contact" / "contacts.sqlite").string() +
-                " (SQLite save failed on YContactDetail", "failed"},
-        {"bad server URL", [&](auto data) { return sync({"--server", "ftp://127.0.0.1", "--token", "t"}, data); }, 2,
-         "bad server URL 'ftp://127.0.0.1'"},
-        {"URL with a query", [&](auto data) { return sync({"--server", "http://host/?q=1", "--token", "t"}, data); }, 2,
-         "bad server URL 'http://host/?q=1'"},
-        {"search without data", [&](auto) { return Args{"search", "a"} + userArgs(missing); }, 2,
-         "the data directory " + missing.string() + " does not exist"},
-        {"show without data", [&](auto) { return Args{"show", "--id", "1"} + userArgs(missing); }, 2, "does not exist"},
+         1,
+         "could not be stored in " + (folder.path() / "store refuses a contact" / "contacts.sqlite").string() +
+             " (SQLite save failed on YContactDetail",
+         "failed"},
+        {"bad server URL",
+         [&](auto data) {
+             return sync({"--server", "ftp://127.0.0.1", "--token", "t"}, data);
+         },
+         2, "bad server URL 'ftp://127.0.0.1'"},
+        {"URL with a query",
+         [&](auto data) {
+             return sync({"--server", "http://host/?q=1", "--token", "t"}, data);
+         },
+         2, "bad server URL 'http://host/?q=1'"},
+        {"search without data",
+         [&](auto) {
+             return Args{"search", "a"} + userArgs(missing);
+         },
+         2, "the data directory " + missing.string() + " does not exist"},
+        {"show without data",
+         [&](auto) {
+             return Args{"show", "--id", "1"} + userArgs(missing);
+         },
+         2, "does not exist"},
         {"status without data", [&](auto) { return Args{"status"} + userArgs(missing); }, 2, "does not exist"},
         {"remove without data", [&](auto) { return Args{"remove"} + userArgs(missing); }, 2, "does not exist"},
         {"list without data", [&](auto) { return Args{"list"} + userArgs(missing); }, 2, "does not exist"},
@@ -83,8 +101,16 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
          1, "refused the token for user u1"},
         {"no command", [](auto) { return Args{}; }, 2, ""},
         {"unknown command", [](auto) { return Args{"frobnicate"}; }, 2, ""},
-        {"sync without a user", [](auto data) { return Args{"sync", "--data-dir", data.string()}; }, 2, ""},
-        {"unknown source", [](auto data) { return Args{"search", "a", "--source", "cloud"} + userArgs(data); }, 2, ""},
+        {"sync without a user",
+         [](auto data) {
+             return Args{"sync", "--data-dir", data.string()};
+         },
+         2, ""},
+        {"unknown source",
+         [](auto data) {
+             return Args{"search", "a", "--source", "cloud"} + userArgs(data);
+         },
+         2, ""},
         // Last: the server is gone for good.
         {"unreachable server",
          [&](auto data) {

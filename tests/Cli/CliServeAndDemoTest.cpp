@@ -1,8 +1,7 @@
 // `ycontacts serve` and `ycontacts demo` as a person runs them.
 
-#include <httplib.h>
-
 #include <gtest/gtest.h>
+#include <httplib.h>
 
 #include <regex>
 

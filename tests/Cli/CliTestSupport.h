@@ -10,13 +10,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "Support/SampleServerFixture.h"
 
@@ -110,7 +109,8 @@ private:
 };
 
 // Runs the tool to its end; a run past `timeout` is killed and reads as exit status -1.
-inline CliResult runCli(const std::vector<std::string>& args, std::chrono::seconds timeout = std::chrono::seconds(120)) {
+inline CliResult runCli(const std::vector<std::string>& args,
+                        std::chrono::seconds timeout = std::chrono::seconds(120)) {
     CliProcess process(args);
     CliResult result;
     result.exitStatus = process.wait(timeout);

@@ -4,7 +4,6 @@
 
 #include <future>
 #include <map>
-
 #include <nlohmann/json.hpp>
 
 #include "Domain/ContactComparison.h"
@@ -73,8 +72,7 @@ void ObservedNetwork::getContacts(const std::string& yuid, const std::optional<s
     log.append(yuid, "sent " + page);
 }
 
-SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL,
-                         std::chrono::milliseconds transferTimeout)
+SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL, std::chrono::milliseconds transferTimeout)
     : databasePath_(folder / "contacts.sqlite"),
       networkManager_(std::make_shared<YNetworkManager>(
           YNetworkManager::Options{std::chrono::milliseconds(5000), transferTimeout, 2})) {
@@ -101,8 +99,8 @@ SyncHarness::SyncHarness(const fs::path& folder, const std::string& baseURL,
                                                       std::move(file), YContactsDataManager::Intervals{}, 50);
     };
     service_ = std::make_unique<YContactService>(std::move(builders));
-    service_->config = YContactService::Config(std::make_shared<SampleAuthenticator>(baseURL), databasePath_,
-                                               folder / "photos");
+    service_->config =
+        YContactService::Config(std::make_shared<SampleAuthenticator>(baseURL), databasePath_, folder / "photos");
     // Builds every component now, so that the store and its tables exist before a test looks at them.
     service_->syncHandler();
 }
@@ -124,17 +122,16 @@ std::optional<std::vector<YContact>> SyncHarness::storedContacts(const std::stri
     return future.get();
 }
 
-YContact expectedContact(const sample_server::SampleContactsServer& server, const SampleContact& sample,
-                         bool isOrg) {
+YContact expectedContact(const sample_server::SampleContactsServer& server, const SampleContact& sample, bool isOrg) {
     using Phone = YContact::PhoneType;
     using Link = YContact::URLType;
     using IM = YContact::IMType;
     static const std::map<std::string, Phone> phoneWords{
         {"mobile", Phone::mobile}, {"home", Phone::home}, {"work", Phone::work}, {"fax", Phone::fax}};
     static const std::map<std::string, Link> linkWords{
-        {"home", Link::personal},  {"work", Link::company},   {"blog", Link::blog},
+        {"home", Link::personal},     {"work", Link::company},      {"blog", Link::blog},
         {"linkedin", Link::linkedIn}, {"facebook", Link::facebook}, {"twitter", Link::twitter},
-        {"amazon", Link::amazon},  {"flickr", Link::flikr},   {"delicious", Link::delicious}};
+        {"amazon", Link::amazon},     {"flickr", Link::flikr},      {"delicious", Link::delicious}};
     static const std::map<std::string, IM> imWords{{"google", IM::google}, {"yahoo", IM::yahoo}, {"skype", IM::skype},
                                                    {"aol", IM::aol},       {"icq", IM::icq},     {"msn", IM::msn},
                                                    {"jabber", IM::jabber}};
@@ -155,7 +152,8 @@ YContact expectedContact(const sample_server::SampleContactsServer& server, cons
     contact.isOrg = isOrg;
     if (sample.gender == "male") contact.gender = YContact::Gender::male;
     if (sample.gender == "female") contact.gender = YContact::Gender::female;
-    for (const auto& phone : sample.phones) contact.phones.emplace_back(phone.value, typeOf(phoneWords, phone.type, Phone::others));
+    for (const auto& phone : sample.phones)
+        contact.phones.emplace_back(phone.value, typeOf(phoneWords, phone.type, Phone::others));
     for (const auto& url : sample.urls) contact.urls.emplace_back(url.value, typeOf(linkWords, url.type, Link::other));
     for (const auto& im : sample.ims) contact.IMs.emplace_back(im.value, typeOf(imWords, im.type, IM::others));
     // The photo address is the server's to choose; take it from the server's own reply.
@@ -215,12 +213,13 @@ std::vector<std::string> idsOf(const std::vector<SampleContact>& contacts) {
                                                  << stored->size() << " stored, " << expected.size() << " expected)";
         }
         const auto same = testing::sameContactFields(expectedContact(server, sample, isOrg), *found->second);
-        if (!same) return ::testing::AssertionFailure() << sample.contactId << " of the " << what << ": " << same.message();
+        if (!same)
+            return ::testing::AssertionFailure() << sample.contactId << " of the " << what << ": " << same.message();
         byId.erase(found);
     }
     if (!byId.empty()) {
-        return ::testing::AssertionFailure() << byId.size() << " " << what << " are stored but not expected, such as "
-                                             << byId.begin()->first;
+        return ::testing::AssertionFailure()
+               << byId.size() << " " << what << " are stored but not expected, such as " << byId.begin()->first;
     }
     return ::testing::AssertionSuccess();
 }
@@ -286,7 +285,8 @@ std::string sqlAnswer(const fs::path& database, const std::string& sql) {
 
 long long rowsOfUser(const fs::path& database, const std::string& yuid) {
     std::string sql = "SELECT 0";
-    for (const char* table : contactTables) sql += std::string(" + (SELECT COUNT(*) FROM ") + table + " WHERE yuid = '" + yuid + "')";
+    for (const char* table : contactTables)
+        sql += std::string(" + (SELECT COUNT(*) FROM ") + table + " WHERE yuid = '" + yuid + "')";
     const auto answer = sqlAnswer(database, sql);
     return answer.find_first_not_of("0123456789") == std::string::npos ? std::stoll(answer) : -1;
 }
@@ -294,7 +294,8 @@ long long rowsOfUser(const fs::path& database, const std::string& yuid) {
 bool forgetContact(const fs::path& database, const std::string& yuid, const std::string& contactId) {
     std::string sql;
     for (const char* table : contactTables) {
-        sql += std::string("DELETE FROM ") + table + " WHERE yuid = '" + yuid + "' AND contactId = '" + contactId + "';";
+        sql +=
+            std::string("DELETE FROM ") + table + " WHERE yuid = '" + yuid + "' AND contactId = '" + contactId + "';";
     }
     return testsupport::runOn(database, sql);
 }

@@ -184,8 +184,7 @@ private:
 ::testing::AssertionResult storeHolds(SyncHarness& harness, const sample_server::SampleContactsServer& server,
                                       const std::string& yuid, bool isOrg,
                                       const std::vector<sample_server::SampleContact>& expected);
-::testing::AssertionResult storeMatchesServer(SyncHarness& harness,
-                                              const sample_server::SampleContactsServer& server,
+::testing::AssertionResult storeMatchesServer(SyncHarness& harness, const sample_server::SampleContactsServer& server,
                                               const std::string& yuid);
 // The server's personal contacts of the user, or those of its organisation (none without one).
 std::vector<sample_server::SampleContact> serverContacts(const sample_server::SampleContactsServer& server,
@@ -196,8 +195,7 @@ std::vector<std::string> idsOf(const std::vector<sample_server::SampleContact>& 
 // followed by the counts; a page short by fewer than 50 is followed by one empty page), the counts again
 // when it completes, then the completion. Without `orgIds` the organisation part completes at once.
 std::vector<std::string> expectedInitialDownloadLines(const std::vector<std::string>& personalIds,
-                                                      const std::optional<std::vector<std::string>>& orgIds,
-                                                      int limit);
+                                                      const std::optional<std::vector<std::string>>& orgIds, int limit);
 
 // The first column of every row `sql` answers on the database, joined with "; ", or the error text.
 std::string sqlAnswer(const std::filesystem::path& database, const std::string& sql);
@@ -210,12 +208,14 @@ bool forgetContact(const std::filesystem::path& database, const std::string& yui
 class EndToEndTest : public testsupport::SampleServerTest {
 protected:
     EndToEndTest()
-        : SampleServerTest({.seed = 11, .users = 4, .personalContactsPerUser = 120, .orgContactsPerOrg = 80,
-                            .usersWithoutOrg = 2}) {}
+        : SampleServerTest(
+              {.seed = 11, .users = 4, .personalContactsPerUser = 120, .orgContactsPerOrg = 80, .usersWithoutOrg = 2}) {
+    }
 
     void SetUp() override {
         SampleServerTest::SetUp();
-        if (!HasFatalFailure()) harness = std::make_unique<SyncHarness>(folder.path(), server.baseURL(), transferTimeout());
+        if (!HasFatalFailure())
+            harness = std::make_unique<SyncHarness>(folder.path(), server.baseURL(), transferTimeout());
     }
     void TearDown() override {
         harness.reset();

@@ -1,11 +1,10 @@
 // A process killed in the middle of an initial download: the test binary runs itself again as the child that
 // downloads, and kills it with SIGKILL once a few pages are stored.
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <thread>

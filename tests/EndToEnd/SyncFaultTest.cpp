@@ -97,14 +97,18 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndTheNextDown
         // first empties the store and says so with counts of zero.
         const auto lines = harness->observer().log.texts("u1");
         const auto started = std::find(lines.rbegin(), lines.rend(), "downloadStarted initial").base();
-        EXPECT_EQ(std::count_if(started, lines.end(), [](const auto& line) { return line.starts_with("contactsAdded"); }),
-                  (faultCase.isOrg ? 4 : 0) + faultCase.page - 1);
+        EXPECT_EQ(
+            std::count_if(started, lines.end(), [](const auto& line) { return line.starts_with("contactsAdded"); }),
+            (faultCase.isOrg ? 4 : 0) + faultCase.page - 1);
         if (faultCase.run == Run::reset) {
             EXPECT_EQ(std::vector<std::string>(started - 3, started),
-                      (std::vector<std::string>{"contactDataReset", "countUpdate org=0 personal=0", "downloadStarted initial"}));
+                      (std::vector<std::string>{"contactDataReset", "countUpdate org=0 personal=0",
+                                                "downloadStarted initial"}));
         }
-        EXPECT_TRUE(storeHolds(*harness, server, "u1", false, faultCase.isOrg ? personal : firstPages(personal, faultCase.page - 1)));
-        EXPECT_TRUE(storeHolds(*harness, server, "u1", true, faultCase.isOrg ? firstPages(org, faultCase.page - 1) : std::vector<SampleContact>{}));
+        EXPECT_TRUE(storeHolds(*harness, server, "u1", false,
+                               faultCase.isOrg ? personal : firstPages(personal, faultCase.page - 1)));
+        EXPECT_TRUE(storeHolds(*harness, server, "u1", true,
+                               faultCase.isOrg ? firstPages(org, faultCase.page - 1) : std::vector<SampleContact>{}));
     }
 
     server.clearFaults();
@@ -112,7 +116,8 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndTheNextDown
     const auto retried = networkLines("u1");
     restart();
     ASSERT_TRUE(waitForFinish("u1", earlier + 2));
-    EXPECT_EQ(count("u1", incremental ? "downloadComplete sync" : "downloadComplete initial"), earlier + (incremental ? 0 : 1));
+    EXPECT_EQ(count("u1", incremental ? "downloadComplete sync" : "downloadComplete initial"),
+              earlier + (incremental ? 0 : 1));
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
     if (!incremental) {
         // An initial download goes on at the failed page, a reset starts again at the first.

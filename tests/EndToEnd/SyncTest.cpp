@@ -50,6 +50,16 @@ TEST_F(EndToEndTest, InitialSyncsStoreWhatTheServerHasAndReportEachPageInOrder) 
     EXPECT_EQ(requestsSince("u4").back(), "org page 1");
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u3"));
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u4"));
+
+    // The envelope in mid-download, even with HTTP status 200, ends that part as complete, not as a failure.
+    server.injectFault({.pathContains = "/self/contacts", .page = 3, .error404Envelope = true});
+    const auto from = networkLines("u3");
+    harness->sync()->resetAndStart("u3", std::nullopt);
+    ASSERT_TRUE(waitForFinish("u3", 2));
+    EXPECT_EQ(count("u3", "downloadComplete initial"), 2u);
+    EXPECT_THAT(requestsSince("u3", from), ElementsAre("personal page 1", "personal page 2", "personal page 3"));
+    const auto u3 = serverContacts(server, "u3", false);
+    EXPECT_TRUE(storeHolds(*harness, server, "u3", false, {u3.begin(), u3.begin() + 100}));
 }
 
 // Changes a contact the way another device of the user would.
@@ -101,8 +111,8 @@ TEST_F(EndToEndTest, AnIncrementalSyncBringsAddsChangesAndDeletesOfBothPopulatio
     ASSERT_EQ(count("u1", "downloadComplete sync"), 1u);
     EXPECT_TRUE(storeMatchesServer(*harness, server, "u1"));
     // 60 personal items: a full page, a page short by 40 and an empty page; 3 org items and an empty page.
-    EXPECT_THAT(requestsSince("u1", from), ElementsAre("personal page 1", "personal page 2", "personal page 3",
-                                                       "org page 1", "org page 2"));
+    EXPECT_THAT(requestsSince("u1", from),
+                ElementsAre("personal page 1", "personal page 2", "personal page 3", "org page 1", "org page 2"));
     // Every incremental request asks for changes since the stored sync time, tombstones included.
     std::size_t incremental = 0;
     for (const auto& request : server.requestLog()) {
