@@ -134,9 +134,13 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
             EXPECT_TRUE(lines[0].starts_with("ycontacts: ")) << lines[0];
             EXPECT_NE(lines[0].find(failure.message), std::string::npos) << lines[0];
         }
-        if (failure.outcome) EXPECT_EQ(result.json()["outcome"], failure.outcome) << result.out;
+        if (failure.outcome) {
+            EXPECT_EQ(result.json()["outcome"], failure.outcome) << result.out;
+        }
         // A mistake on the command line is caught before any request.
-        if (failure.status == 2) EXPECT_TRUE(server.requestLog().empty());
+        if (failure.status == 2) {
+            EXPECT_TRUE(server.requestLog().empty());
+        }
     }
 }
 

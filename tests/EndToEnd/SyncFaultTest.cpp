@@ -60,7 +60,9 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndTheNextDown
     const auto org = serverContacts(server, "u1", true);
     const bool incremental = faultCase.run == Run::incremental;
     const std::size_t earlier = faultCase.run == Run::initial ? 0 : 1;
-    if (earlier) ASSERT_TRUE(startAndWait("u1", "o1"));
+    if (earlier) {
+        ASSERT_TRUE(startAndWait("u1", "o1"));
+    }
     std::optional<double> synced;
     if (incremental) {
         synced = harness->sync()->lastUpdatedTime("u1");
