@@ -124,7 +124,7 @@ TEST_P(SyncFaultTest, AFailedPageEndsTheDownloadKeepsWhatWasStoredAndTheNextDown
     if (!incremental) {
         // An initial download goes on at the failed page, a reset starts again at the first.
         const int page = faultCase.run == Run::reset ? 1 : faultCase.page;
-        EXPECT_EQ(requestsSince("u1", retried).front(),
+        EXPECT_EQ(requestsSince("u1", retried).at(0),
                   std::string(faultCase.isOrg ? "org" : "personal") + " page " + std::to_string(page));
     }
 }
