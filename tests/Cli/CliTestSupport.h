@@ -1,76 +1,147 @@
 #pragma once
-// Helpers for the command line tool's tests: run the built `ycontacts` as a subprocess with a time limit,
-// start the sample server, and read the tool's JSON output.
+// Runs the built `ycontacts` tool as a subprocess with a time limit, beside a sample server.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
 
 #include <chrono>
+#include <cstring>
 #include <filesystem>
-#include <map>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "Support/SampleServerFixture.h"
+
+#ifndef YCONTACTS_CLI_PATH
+#error "YCONTACTS_CLI_PATH names the built ycontacts tool; tools/ycontacts_cli/CMakeLists.txt defines it"
+#endif
+
+extern char** environ;
 
 namespace cli_test {
 
 struct CliResult {
     // The exit status, or 128 + the signal that ended the process; -1 when it had to be killed.
     int exitStatus = -1;
-    bool timedOut = false;
     std::string out;
     std::string err;
 
-    // stdout parsed as JSON (a discarded value when it is not JSON).
-    nlohmann::json json() const;
-    // The lines of stderr without the empty last one.
-    std::vector<std::string> errLines() const;
+    nlohmann::json json() const { return nlohmann::json::parse(out, nullptr, false); }
+    std::vector<std::string> errLines() const {
+        std::vector<std::string> lines;
+        std::istringstream stream(err);
+        for (std::string line; std::getline(stream, line);) lines.push_back(line);
+        return lines;
+    }
 };
 
-// Where the build put the tool.
-std::string cliPath();
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
 
-// Runs `ycontacts ARGS...` with stdin closed; kills it once `timeout` has passed. The environment is the
-// test's own without the tool's YCONTACTS_* variables.
-CliResult runCli(const std::vector<std::string>& args, std::chrono::seconds timeout = std::chrono::seconds(120));
-
-// A running `ycontacts` whose output is read line by line, for `serve`.
+// A running `ycontacts ARGS...` with stdin closed and stdout and stderr in files of its own folder. The
+// environment is the test's own without the tool's YCONTACTS_* variables.
 class CliProcess {
 public:
-    explicit CliProcess(const std::vector<std::string>& args);
-    ~CliProcess();
+    explicit CliProcess(const std::vector<std::string>& args) {
+        std::vector<std::string> argv{YCONTACTS_CLI_PATH};
+        argv.insert(argv.end(), args.begin(), args.end());
+        std::vector<std::string> environment;
+        for (char** entry = environ; *entry; ++entry) {
+            if (std::strncmp(*entry, "YCONTACTS_", 10) != 0) environment.emplace_back(*entry);
+        }
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, 1, outPath().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_addopen(&actions, 2, errPath().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr, pointers(argv).data(),
+                        pointers(environment).data()) != 0) {
+            pid_ = -1;
+        }
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    ~CliProcess() { wait(std::chrono::seconds(0)); }
     CliProcess(const CliProcess&) = delete;
     CliProcess& operator=(const CliProcess&) = delete;
 
-    // The next line of stdout, without its newline; absent at end of output or after `timeout`.
-    std::optional<std::string> readLine(std::chrono::seconds timeout);
-    void signal(int number);
-    // The exit status once the process ended, or absent after `timeout` (the process is then killed).
-    std::optional<int> wait(std::chrono::seconds timeout);
+    void signal(int number) { kill(pid_, number); }
+    // The exit status once the process ended; -1 when it was still running after `timeout` (it is then killed).
+    int wait(std::chrono::seconds timeout) {
+        const auto deadline = std::chrono::steady_clock::now() + timeout;
+        int raw = 0;
+        while (pid_ > 0 && waitpid(pid_, &raw, WNOHANG) == 0) {
+            if (std::chrono::steady_clock::now() < deadline) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                continue;
+            }
+            kill(pid_, SIGKILL);
+            waitpid(pid_, &raw, 0);
+            raw = -1;
+        }
+        const bool ran = pid_ > 0;
+        pid_ = -1;
+        if (!ran || raw == -1) return -1;
+        return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+    }
+    std::string out() const { return readFile(outPath()); }
+    std::string err() const { return readFile(errPath()); }
 
 private:
-    int pid_ = -1;
-    int out_ = -1;
-    std::string pending_;
-    bool reaped_ = false;
+    std::filesystem::path outPath() const { return files_.file("out"); }
+    std::filesystem::path errPath() const { return files_.file("err"); }
+    static std::vector<char*> pointers(std::vector<std::string>& texts) {
+        std::vector<char*> list;
+        for (auto& text : texts) list.push_back(text.data());
+        list.push_back(nullptr);
+        return list;
+    }
+    ycontacts::testsupport::TemporaryDirectory files_;
+    pid_t pid_ = -1;
 };
 
-// Small data: u1 and u2 share organisation o1, u3 has none.
+// Runs the tool to its end; a run past `timeout` is killed and reads as exit status -1.
+inline CliResult runCli(const std::vector<std::string>& args,
+                        std::chrono::seconds timeout = std::chrono::seconds(120)) {
+    CliProcess process(args);
+    CliResult result;
+    result.exitStatus = process.wait(timeout);
+    result.out = process.out();
+    result.err = process.err();
+    return result;
+}
+
+inline std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+// The arguments that reach `server` as the user with its token (and organisation), and keep data in `dataDir`.
+inline std::vector<std::string> serverArgs(const sample_server::SampleContactsServer& server,
+                                           const std::string& yuid = "u1") {
+    std::vector<std::string> args{"--server", server.baseURL(), "--token", server.userToken(yuid)};
+    if (const auto yoid = server.yoidOf(yuid)) args.insert(args.end(), {"--org", *yoid});
+    return args;
+}
+inline std::vector<std::string> userArgs(const std::filesystem::path& dataDir, const std::string& yuid = "u1") {
+    return {"--user", yuid, "--data-dir", dataDir.string()};
+}
+
+// u1 and u2 share organisation o1, u3 has none.
 inline const sample_server::SampleServerOptions cliServerOptions{
     .seed = 11, .users = 3, .personalContactsPerUser = 150, .orgContactsPerOrg = 80, .usersWithoutOrg = 1};
 
-// The sample server started for each test, and a scratch folder for the tool's data.
 class CliServerTest : public ycontacts::testsupport::SampleServerTest {
 protected:
     CliServerTest() : SampleServerTest(cliServerOptions) {}
 };
-
-// The arguments that reach `server` as u1 of o1 with its token, and keep data in `dataDir`.
-std::vector<std::string> serverArgs(const sample_server::SampleContactsServer& server, const std::string& yuid = "u1");
-std::vector<std::string> userArgs(const std::filesystem::path& dataDir, const std::string& yuid = "u1");
-
-// `a` followed by `b`.
-std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b);
 
 }  // namespace cli_test

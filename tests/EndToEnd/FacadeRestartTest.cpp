@@ -5,8 +5,7 @@
 
 #include <memory>
 
-#include "EndToEnd/EndToEndHarness.h"
-#include "Support/SampleServerFixture.h"
+#include "EndToEnd/EndToEndFixture.h"
 #include "ycontacts/Platform/MarloComponents/YNotificationCenter.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseSchema.h"
@@ -31,14 +30,12 @@ protected:
             service.config = YContactService::Config(std::make_shared<SampleAuthenticator>(server.baseURL()),
                                                      database, folder.path() / "photos");
             service.syncHandler()->start("u1", std::nullopt);
-            EXPECT_TRUE(observer->log.waitUntil([](const EventLog::Lines& lines) {
-                return !lines.empty() && (lines.back().text.starts_with("downloadComplete") ||
-                                          lines.back().text.starts_with("downloadFailed"));
-            }));
+            EXPECT_TRUE(observer->log.waitForCount("u1", {"downloadComplete", "downloadFailed"}, 1));
         }
         YNotificationCenter::shared().removeObserver<YContactsNotification>(observer.get());
         YSqliteHelper::getShared().unregisterDB(YContactService::databaseIdentifier);
-        return observer->log.lines().back().text;
+        const auto lines = observer->log.texts("u1");
+        return lines.empty() ? "" : lines.back();
     }
 
     // The requests since the log was last cleared, as "<path> page <n>".
