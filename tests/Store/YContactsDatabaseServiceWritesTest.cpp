@@ -80,18 +80,11 @@ TEST_F(StoreTest, SavingAgainReplacesTheRowsAndSearchEntriesOfTheEarlierVersion)
 // the NUL id's prefix and a bystander's id; the empty id is the other bystander, the text a list of ids could
 // be padded with. Each id also serves as a user's id, whose rows are the bystanders' namesakes.
 TEST_F(StoreTest, AnyIdIsStoredFoundUpdatedAndDeletedExactlyAndTouchesNoOtherRow) {
-    const std::vector<std::string> hostileIds{"x' or '1'='1",
-                                              "y\" or \"1\"=\"1",
-                                              std::string("nul\0id", 6),
-                                              "contactId",
-                                              "YUID",
-                                              "rowid",
-                                              "q\"\")--",
-                                              "it's me",
-                                              "x' or yuid <> '",
-                                              "1); DROP TABLE YContactDetail; --",
-                                              std::string(10000, 'k'),
-                                              "Zo\u00eb \u5c71\u7530 \U0001F600"};
+    // clang-format off
+    const std::vector<std::string> hostileIds{"x' or '1'='1", "y\" or \"1\"=\"1", std::string("nul\0id", 6),
+        "contactId", "YUID", "rowid", "q\"\")--", "it's me", "x' or yuid <> '", "1); DROP TABLE YContactDetail; --",
+        std::string(10000, 'k'), "Zo\u00eb \u5c71\u7530 \U0001F600"};
+    // clang-format on
     const YContact bystanders[] = {withEmail(contact("nul", "Bystander", 3), "by@example.com"),
                                    withEmail(contact("", "Nobody", 1), "no@example.com")};
     ASSERT_TRUE(store->addCategories("u1", {YContactCategory("cat")}));
