@@ -23,53 +23,35 @@ protected:
     void cancelTask(std::int64_t taskId) override { cancelled.push_back(taskId); }
 };
 
-TEST(YNetworkServiceTest, AddKeepsDuplicatesAndRemoveTakesTheFirstOccurrence) {
+TEST(YNetworkServiceTest, TheRegistryKeepsEachUsersIdsInOrderAndCancelTakesThemAll) {
     RecordingService service;
     service.addTaskId("u1", std::nullopt);
     EXPECT_FALSE(service.taskIds("u1"));
-
-    service.addTaskId("u1", 4);
-    service.addTaskId("u1", 9);
-    service.addTaskId("u1", 4);
+    for (const auto id : {4, 9, 4, 7}) service.addTaskId("u1", id);
     service.addTaskId("u2", 1);
-    EXPECT_EQ(service.taskIds("u1"), (Ids{4, 9, 4}));
-
+    // Removing takes the first occurrence; unknown ids and users change nothing.
     service.removeTaskId("u1", 4);
-    EXPECT_EQ(service.taskIds("u1"), (Ids{9, 4}));
     service.removeTaskId("u1", std::nullopt);
     service.removeTaskId("u1", 77);
     service.removeTaskId("nobody", 9);
-    EXPECT_EQ(service.taskIds("u1"), (Ids{9, 4}));
+    EXPECT_EQ(service.taskIds("u1"), (Ids{9, 4, 7}));
     EXPECT_FALSE(service.taskIds("nobody"));
-
     service.removeTaskId("u2", 1);
-    EXPECT_EQ(service.taskIds("u2"), Ids{});  // an emptied list stays as an empty list
-}
-
-TEST(YNetworkServiceTest, CancelGoesInListOrderAndDropsTheUser) {
-    RecordingService service;
-    service.addTaskId("u1", 5);
-    service.addTaskId("u1", 7);
-    service.addTaskId("u2", 6);
-    service.cancelTasks("u1");
-    EXPECT_EQ(service.cancelled, (Ids{5, 7}));
-    EXPECT_FALSE(service.taskIds("u1"));
-    EXPECT_EQ(service.taskIds("u2"), Ids{6});
+    EXPECT_EQ(service.taskIds("u2"), Ids{}) << "an emptied list stays as an empty list";
 
     service.cancelTasks("u1");
-    EXPECT_EQ(service.cancelled, (Ids{5, 7}));
+    service.cancelTasks("u1");
+    EXPECT_EQ(service.cancelled, (Ids{9, 4, 7}));
     // A completion arriving after the cancel finds nothing to remove and creates no entry.
-    service.removeTaskId("u1", 5);
+    service.removeTaskId("u1", 9);
     EXPECT_FALSE(service.taskIds("u1"));
-}
 
-TEST(YNetworkServiceTest, CancelWithTheClientGoneStillDropsTheUser) {
     auto client = std::make_shared<YNetworkManager>();
-    YNetworkService service(nullptr, std::make_shared<YContactsParser>(), client);
+    YNetworkService orphan(nullptr, std::make_shared<YContactsParser>(), client);
     client.reset();
-    service.addTaskId("u1", 3);
-    service.cancelTasks("u1");
-    EXPECT_FALSE(service.taskIds("u1"));
+    orphan.addTaskId("u1", 3);
+    orphan.cancelTasks("u1");
+    EXPECT_FALSE(orphan.taskIds("u1")) << "with the client gone the user is still dropped";
 }
 
 // Sends through a real client but never asks it to cancel: as if every transfer had already finished by the
@@ -88,11 +70,11 @@ protected:
     void cancelTask(std::int64_t) override {}
 };
 
-struct Outcome {
-    bool hasBody = false;
-    std::optional<int> status;
-    std::optional<int> errorCode;
-};
+// What a completion received, as one line: body or not, the status and the transport error's code.
+std::string outcome(const auto& data, const auto& response, const auto& error) {
+    return std::string(data ? "body " : "no body ") + (response ? std::to_string(response->statusCode) : "-") + " " +
+           (error ? std::to_string(error->code) : "-");
+}
 
 TEST(YNetworkServiceTest, ARequestCancelledAfterItsTransferFinishedDeliversNoBody) {
     sample_server::SampleContactsServer server{sample_server::SampleServerOptions{}};
@@ -102,38 +84,27 @@ TEST(YNetworkServiceTest, ARequestCancelledAfterItsTransferFinishedDeliversNoBod
     auto client = std::make_shared<YNetworkManager>(YNetworkManager::Options{.completionThreads = 1});
     auto service = std::make_shared<LateCancelService>(client);
 
-    std::promise<Outcome> blockerOutcome;
-    std::promise<void> blockerRunning;
-    std::promise<void> gate;
+    std::promise<std::string> blockerOutcome, cancelledOutcome;
+    std::promise<void> blockerRunning, gate;
     auto gateOpened = gate.get_future().share();
     service->get("u0", url, [&](auto data, auto response, auto error) {
         blockerRunning.set_value();
         gateOpened.wait();
-        blockerOutcome.set_value({data.has_value(), response ? std::optional(response->statusCode) : std::nullopt,
-                                  error ? std::optional(error->code) : std::nullopt});
+        blockerOutcome.set_value(outcome(data, response, error));
     });
     auto running = blockerRunning.get_future();
     ASSERT_TRUE(testsupport::becomesReady(running));
-
-    std::promise<Outcome> cancelledOutcome;
-    auto cancelled = cancelledOutcome.get_future();
     service->get("u1", url, [&](auto data, auto response, auto error) {
-        cancelledOutcome.set_value({data.has_value(), response ? std::optional(response->statusCode) : std::nullopt,
-                                    error ? std::optional(error->code) : std::nullopt});
+        cancelledOutcome.set_value(outcome(data, response, error));
     });
     service->cancelTasks("u1");
     gate.set_value();
 
     auto blocker = blockerOutcome.get_future();
-    ASSERT_TRUE(testsupport::becomesReady(blocker));
-    const auto delivered = blocker.get();
-    EXPECT_TRUE(delivered.hasBody);
-    EXPECT_EQ(delivered.status, 200);
-    ASSERT_TRUE(testsupport::becomesReady(cancelled));
-    const auto dropped = cancelled.get();
-    EXPECT_FALSE(dropped.hasBody);
-    EXPECT_FALSE(dropped.status);
-    EXPECT_EQ(dropped.errorCode, YNetworkError::cancelled);
+    auto cancelled = cancelledOutcome.get_future();
+    ASSERT_TRUE(testsupport::becomesReady(blocker) && testsupport::becomesReady(cancelled));
+    EXPECT_EQ(blocker.get(), "body 200 -");
+    EXPECT_EQ(cancelled.get(), "no body - " + std::to_string(YNetworkError::cancelled));
     // The server did answer it: the client finished the transfer, the registry withheld its body.
     EXPECT_EQ(server.requestLog().size(), 2u);
 }
