@@ -250,11 +250,11 @@ TEST_F(DataManagerTest, TheScheduledSyncVisitsEveryStartedUserWithItsYoid) {
     EXPECT_EQ(first->yuid, "u1");
     EXPECT_EQ(second->yuid, "u2");
     EXPECT_EQ(network->pendingPages(), 0u);
+    EXPECT_THAT(events(), ElementsAre("downloadStarted u1 o1 sync", "downloadStarted u2 nil sync"));
     first->reply(page(0, false));
     const auto organisation = network->nextPage();
     ASSERT_TRUE(organisation);
     EXPECT_EQ(organisation->yoid, "o1");
-    EXPECT_THAT(events(), ElementsAre("downloadStarted u1 o1 sync", "downloadStarted u2 nil sync"));
 }
 
 TEST_F(DataManagerTest, RemovingAUsersDataClearsEachCollaboratorAndEndsItsDownload) {

@@ -28,6 +28,7 @@ private:
 };
 
 TEST_F(FakesTest, TimersRunOnTheDataManagersThreadWhichEndsWithIt) {
+    LogCapture quiet;
     // Every page fails at once, so each scheduled sync announces a fresh download of the incomplete user.
     ON_CALL(*network, getContacts).WillByDefault([](auto&&, auto&&, auto, auto, auto, auto, auto callback) {
         callback(YContactNetworkResponse::getResponse(YContactError::networkFailure));
