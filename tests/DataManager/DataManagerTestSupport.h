@@ -172,8 +172,9 @@ class QueriesTest : public FakesTest {
 protected:
     std::shared_ptr<YContactsQueries> makeQueries(int batchLimit = 1000, bool withDatabase = true,
                                                   bool withNetwork = true) {
-        return std::make_shared<YContactsQueries>(withDatabase ? database : nullptr, withNetwork ? network : nullptr,
-                                                  [this] { ++timerRestarts; }, batchLimit);
+        return std::make_shared<YContactsQueries>(
+            withDatabase ? database : nullptr, withNetwork ? network : nullptr, [this] { ++timerRestarts; },
+            batchLimit);
     }
     int timerRestarts = 0;
 };

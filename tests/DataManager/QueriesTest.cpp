@@ -44,8 +44,8 @@ TEST_P(QueriesRoutingTest, AnswersInTheOrderTheRequestTypeAsks) {
     ContactsAnswers got;
 
     auto queries = makeQueries();
-    auto run = operation == ListOperation::contacts ? &YContactsQueries::getContacts
-                                                    : &YContactsQueries::getContactsList;
+    auto run =
+        operation == ListOperation::contacts ? &YContactsQueries::getContacts : &YContactsQueries::getContactsList;
     ((*queries).*run)({.yuid = "u", .searchStr = "ann", .isOrg = false, .requestType = row.requestType},
                       got.callback(&log));
 
@@ -73,7 +73,11 @@ INSTANTIATE_TEST_SUITE_P(
             RoutingRow{"preferLocal", RequestType::preferLocal, storeRows, false, {some({"1"})}, {}},
             // An empty list is an answer: the server is not asked.
             RoutingRow{"preferLocalEmpty", RequestType::preferLocal, std::vector<YContact>{}, false, {some({})}, {}},
-            RoutingRow{"preferLocalNone", RequestType::preferLocal, std::nullopt, true, {std::nullopt},
+            RoutingRow{"preferLocalNone",
+                       RequestType::preferLocal,
+                       std::nullopt,
+                       true,
+                       {std::nullopt},
                        {std::nullopt, some({"9"})}})),
     [](const auto& info) {
         return (std::get<0>(info.param) == ListOperation::contacts ? "contacts_" : "contactsList_") +
@@ -168,8 +172,8 @@ TEST_F(QueriesTest, WithoutCollaboratorsEveryQueryAnswersNoneAtMostOnce) {
     ASSERT_EQ(network->searches().size(), 1U);
     EXPECT_TRUE(network->searches()[0].isOrg);
     network->answerSearch(0, std::vector<YContact>{contact("9", "Anna")});
-    EXPECT_EQ(got.answers, (Answers{std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
-                                    some({"9"})}));
+    EXPECT_EQ(got.answers,
+              (Answers{std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt, some({"9"})}));
 }
 
 class ServerSearchTest : public QueriesTest {
@@ -364,9 +368,8 @@ TEST_F(SuggestionsTest, AKeywordExtendingACompleteCacheIsNarrowedInMemory) {
     suggest("an");
     suggest("Ann", 1);
     suggest("andy");
-    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{{"an", Ids{"ann@x", "ann@home", "z@x"}},
-                                                      {"Ann", Ids{"ann@x"}},
-                                                      {"andy", Ids{"z@x"}}}));
+    EXPECT_EQ(answers, (std::vector<SuggestionAnswer>{
+                           {"an", Ids{"ann@x", "ann@home", "z@x"}}, {"Ann", Ids{"ann@x"}}, {"andy", Ids{"z@x"}}}));
     ASSERT_EQ(last.size(), 1U);
     EXPECT_EQ(last[0].contactId, "2");
     EXPECT_EQ(queries->inMemoryState().currentSearchKeyword, "andy");
@@ -453,9 +456,12 @@ TEST_F(SuggestionsTest, RoutesLikeTheListQueries) {
 
 TEST(QueriesFilterTest, OrdersByWeightageThenPersonalFirstThenNameDescendingKeepingTies) {
     const std::vector<YContact> list{
-        contact("1", "Ann", "Able", 1), contact("2", "ann", "able", 1),  // equal names keep their order
-        contact("3", "Anton", std::nullopt, 1, /*isOrg=*/true), contact("4", "Amy", std::nullopt, 5),
-        contact("5", "Anna", "Zane", 1), contact("6", "Ann", "Abbot", 1),
+        contact("1", "Ann", "Able", 1),
+        contact("2", "ann", "able", 1),  // equal names keep their order
+        contact("3", "Anton", std::nullopt, 1, /*isOrg=*/true),
+        contact("4", "Amy", std::nullopt, 5),
+        contact("5", "Anna", "Zane", 1),
+        contact("6", "Ann", "Abbot", 1),
     };
     EXPECT_EQ(idsOf(YContactsQueries::filterContacts(list, "A", std::nullopt)), (Ids{"4", "5", "1", "2", "6", "3"}));
     // The limit applies after sorting.
@@ -468,8 +474,8 @@ TEST(QueriesFilterTest, KeepsPrefixMatchesOfNamesAndAddressesOnceEach) {
     YContact mail = contact("4", "Xavier");
     mail.emails = {YContact::Email("x@corp"), YContact::Email("BO@home")};
     const std::vector<YContact> list{
-        contact("1", "Bob", "Stone"), contact("2", "Ann", "Bolt"), nick, mail, contact("5", "Abo"),
-        contact("1", "Duplicate", "Bo"),
+        contact("1", "Bob", "Stone"), contact("2", "Ann", "Bolt"),     nick, mail,
+        contact("5", "Abo"),          contact("1", "Duplicate", "Bo"),
     };
     EXPECT_EQ(idsOf(YContactsQueries::filterContacts(list, "BO", std::nullopt)), (Ids{"4", "3", "1", "2"}));
     // "first last" matches across the space; a middle-of-word match does not.

@@ -44,16 +44,14 @@ TEST_P(PageLoopEndTest, TheLoopEndsOnlyOnAFullOrClearlyShortLastPage) {
     EXPECT_EQ(manager->lastUpdatedTime("u1"), observer->completionTimes.values().front());
 }
 
-INSTANTIATE_TEST_SUITE_P(LimitOf1000, PageLoopEndTest,
-                         ::testing::Values(PageEnd{1000, true, true}, PageEnd{1000, false, false},
-                                           PageEnd{990, false, true}, PageEnd{500, false, false},
-                                           PageEnd{951, false, true}, PageEnd{950, false, false},
-                                           PageEnd{999, false, true}, PageEnd{0, false, false},
-                                           PageEnd{1200, false, false}),
-                         [](const ::testing::TestParamInfo<PageEnd>& info) {
-                             return "count" + std::to_string(info.param.count) +
-                                    (info.param.hasMore ? "_hasMore" : "_noMore");
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    LimitOf1000, PageLoopEndTest,
+    ::testing::Values(PageEnd{1000, true, true}, PageEnd{1000, false, false}, PageEnd{990, false, true},
+                      PageEnd{500, false, false}, PageEnd{951, false, true}, PageEnd{950, false, false},
+                      PageEnd{999, false, true}, PageEnd{0, false, false}, PageEnd{1200, false, false}),
+    [](const ::testing::TestParamInfo<PageEnd>& info) {
+        return "count" + std::to_string(info.param.count) + (info.param.hasMore ? "_hasMore" : "_noMore");
+    });
 
 // Where a download begins, by the progress stored for the user and the operation asked for.
 TEST_F(DataManagerTest, EachOperationStartsWhereTheStoredProgressSays) {
@@ -288,6 +286,32 @@ TEST_F(DataManagerTest, RemovingAUsersDataClearsEachCollaboratorAndEndsItsDownlo
     EXPECT_EQ(preference->startIndex("u1", false), 1);
 }
 
+// A host may remove the user's data from inside a notification about the page being stored: nothing of that
+// download is written afterwards, neither the next page index nor the completion.
+TEST_F(DataManagerTest, ARemovalDuringAPageStopsEveryLaterWriteOfItsDownload) {
+    struct Remover : YContactsNotification {
+        std::weak_ptr<YContactsDataManager> manager;
+        void contactsAdded(const std::string& yuid, bool, const std::vector<YContact>&) override {
+            if (const auto owner = manager.lock()) owner->removeAllData(yuid);
+        }
+    };
+    const auto remover = std::make_shared<Remover>();
+    remover->manager = manager;
+    YNotificationCenter::shared().addObserver<YContactsNotification>(remover);
+    for (const bool hasMore : {true, false}) {
+        SCOPED_TRACE(hasMore);
+        manager->runInitialFetch("u1", std::nullopt);
+        auto response = page(hasMore ? 1000 : 1, hasMore);
+        response.newContacts = contacts({"a"});
+        network->nextPage()->reply(response);
+        EXPECT_EQ(preference->startIndex("u1", false), 1);
+        EXPECT_FALSE(preference->completeState("u1", false) || preference->completeState("u1", true));
+        EXPECT_EQ(network->pendingPages(), 0u);
+    }
+    EXPECT_THAT(events(), ::testing::Not(Contains("downloadComplete u1 nil initial")));
+    YNotificationCenter::shared().removeObserver<YContactsNotification>(remover.get());
+}
+
 TEST_F(DataManagerTest, AResetRunsOnceUntilItsFreshDownloadEnds) {
     manager->start("u1", std::nullopt);
     const auto stale = network->nextPage();
@@ -383,19 +407,6 @@ TEST_F(DataManagerTest, UsageCountsAreStoredPostedAndAnswered) {
     EXPECT_EQ(answers.values(), (std::vector<std::optional<std::map<std::string, std::string>>>{
                                     counts, std::nullopt, std::nullopt, std::nullopt}));
     EXPECT_THAT(events(), ElementsAre("usageCountUpdated u1 c1=4 c2=9"));
-}
-
-TEST_F(DataManagerTest, PhotoRequestsAreAnsweredOnceWithoutAPhoto) {
-    LogCapture log;
-    Received<std::optional<std::string>> answers;
-    YGetContactImageRequest request("u1");
-    request.contactId = "c7";
-    manager->getContactImage(request, [&](auto data, auto path, std::optional<std::string> contactId) {
-        EXPECT_FALSE(data || path);
-        answers.add(contactId);
-    });
-    EXPECT_EQ(answers.values(), std::vector<std::optional<std::string>>{"c7"});
-    EXPECT_TRUE(log.contains("not available in this build"));
 }
 
 }  // namespace

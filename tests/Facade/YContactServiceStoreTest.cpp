@@ -179,8 +179,7 @@ TEST_F(YContactServiceStoreTest, BothAnswersTheStoreFirstAndThenTheServer) {
 TEST_F(YContactServiceStoreTest, AddressLookUpsPhotosAndRemovalGoThroughToTheStore) {
     Received<std::optional<Ids>> byAddress;
     service->getContactsFromIds("u1", std::nullopt, Ids{"bob@corp.example", "andy@home.example"}, std::nullopt,
-                                std::nullopt, RequestType::local,
-                                [&](auto found) { byAddress.add(idsOf(found)); });
+                                std::nullopt, RequestType::local, [&](auto found) { byAddress.add(idsOf(found)); });
     ASSERT_TRUE(byAddress.waitFor(1));
     ASSERT_TRUE(byAddress.values().front());
     EXPECT_THAT(*byAddress.values().front(), ::testing::UnorderedElementsAre("bob", "andy"));

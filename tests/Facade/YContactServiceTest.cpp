@@ -79,8 +79,7 @@ TEST(YContactServiceTest, EachComponentIsBuiltOnceFromTheConfigItFindsAtFirstUse
         Calls calls;
     };
     const Row rows[] = {
-        {"full", full,
-         {"database store.sqlite", "network", "preference store.sqlite", "file photos", "data manager"}},
+        {"full", full, {"database store.sqlite", "network", "preference store.sqlite", "file photos", "data manager"}},
         {"no locations", bare, {"network", "preference none", "data manager"}},
         // A config set after first use changes nothing.
         {"no config", std::nullopt, {"preference none", "data manager"}},

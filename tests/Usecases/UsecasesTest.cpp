@@ -1,4 +1,5 @@
 // Each use case asks its own data-manager operation and turns every answer it gets, in order, into a response.
+// The use cases the facade runs (contacts by id or address, one contact) are checked through it, on a real store.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +9,8 @@
 #include "ycontacts/Contacts/Domain/Usecases/YDeleteContactsUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YFetchCategoriesUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YFetchCategoryContactsUseCase.h"
-#include "ycontacts/Contacts/Domain/Usecases/YGetContact.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactImage.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContacts.h"
-#include "ycontacts/Contacts/Domain/Usecases/YGetContactsFromIds.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactsList.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetOrgContactSuggestions.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetSuggestionContacts.h"
@@ -74,21 +73,12 @@ TEST_F(UsecasesTest, ContactQueriesDeliverEachAnswerAsItCame) {
     EXPECT_CALL(*contacts, getContacts(request.query(), _))
         .WillOnce(DoAll(InvokeArgument<1>(ann), InvokeArgument<1>(std::nullopt)));
     EXPECT_CALL(*contacts, getContactsList(request.query(), _)).WillOnce(InvokeArgument<1>(Contacts{}));
-    EXPECT_CALL(*contacts, getContactsFromIds(_, _)).WillOnce(InvokeArgument<1>(ann));
-    EXPECT_CALL(*contacts, getContact(_, _))
-        .WillOnce(DoAll(InvokeArgument<1>(YContact("c9", "Cee", 0)), InvokeArgument<1>(std::nullopt)));
     EXPECT_CALL(*contacts, getUsageCount("u1", _))
         .WillOnce(InvokeArgument<1>(std::map<std::string, std::string>{{"c1", "4"}}));
 
     EXPECT_EQ(idsOfEach(run<YGetContactsResponse, YGetContacts>(contacts, request, 2)),
               (std::vector<Ids>{{"1"}, {"none"}}));
     EXPECT_EQ(idsOfEach(run<YGetContactsResponse, YGetContactsList>(contacts, request, 1)), std::vector<Ids>{{}});
-    EXPECT_EQ(idsOfEach(run<YGetContactsResponse, YGetContactsFromIds>(contacts, YGetContactsFromIdsRequest("u1"), 1)),
-              std::vector<Ids>{{"1"}});
-    const auto found = run<YGetContactResponse, YGetContact>(contacts, YGetContactRequest("u1"), 2);
-    ASSERT_EQ(found.size(), 2u);
-    EXPECT_EQ(found[0].contact->contactId, "c9");
-    EXPECT_FALSE(found[1].contact || found[0].error || found[1].error);
     const auto usage = run<YGetUsageCountResponse, YGetUsageCountUseCase>(contacts, request, 1);
     ASSERT_EQ(usage.size(), 1u);
     EXPECT_EQ(usage[0].usageCountMap, (std::map<std::string, std::string>{{"c1", "4"}}));
