@@ -399,7 +399,6 @@ TEST_F(SuggestionsTest, ServerContactsBecomeOneSuggestionPerAddressAndOnlyTheNew
     ann.primaryEmail = YContact::Email("ann@x");
     ann.emails = {YContact::Email("ann@x"), YContact::Email("ann@home")};
     ann.contactYuid = "y1";
-    ann.nickName = "Annie";
     YContact sameAddress = contact("3", "Other");
     sameAddress.emails = {YContact::Email("ann@home"), YContact::Email("o@x"), YContact::Email("p@x")};
 
@@ -414,8 +413,6 @@ TEST_F(SuggestionsTest, ServerContactsBecomeOneSuggestionPerAddressAndOnlyTheNew
     const YSuggestionContact& first = last[0];
     EXPECT_EQ(first.contactId, "1");
     EXPECT_EQ(first.yuid, "y1");
-    EXPECT_EQ(first.lastName, "Lee");
-    EXPECT_EQ(first.nickName, "Annie");
     EXPECT_TRUE(first.isOrg);
     EXPECT_EQ(last[2].contactId, "3");
 

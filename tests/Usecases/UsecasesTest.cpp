@@ -113,6 +113,7 @@ TEST_F(UsecasesTest, SuggestionsImagesAndCategoriesKeepWhatTheAnswerSaid) {
     EXPECT_FALSE(org[0].searchStr);
     EXPECT_EQ(idsOf(org[0].contacts), Ids{"9"});
     const auto image = run<YGetContactImageResponse, YGetContactImage>(contacts, YGetContactImageRequest("u1"), 1);
+    EXPECT_EQ(std::make_shared<YGetContactImage>(contacts)->copy()->dataManager, contacts);
     ASSERT_EQ(image.size(), 1u);
     EXPECT_EQ(image[0].contactImageData, (std::vector<std::uint8_t>{1, 2}));
     EXPECT_EQ(image[0].filePath, "/p/c1.png");
