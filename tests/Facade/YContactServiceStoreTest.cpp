@@ -13,6 +13,7 @@
 #include "Support/FakeAuthentication.h"
 #include "Support/FakeContactsNetworkService.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/UsecaseSupport.h"
 #include "Support/Waiting.h"
 #include "ycontacts/Contacts/YContactService.h"
 #include "ycontacts/Platform/YSqliteHelper/YSqliteHelper.h"
@@ -160,9 +161,50 @@ TEST_F(YContactServiceStoreTest, BothAnswersTheStoreFirstAndThenTheServer) {
     EXPECT_TRUE(asked.isOrg);
     EXPECT_EQ(asked.searchText, "bo");
     network->answerSearch(0, std::vector<YContact>{seeded("bo-2", "Bodil", 0, true, "bodil@corp.example")});
-
     ASSERT_TRUE(answers.waitFor(2));
     EXPECT_EQ(answers.values(), (std::vector<std::optional<Ids>>{Ids{"bob"}, Ids{"bo-2"}}));
+
+    // Suggestions from the network ask the server alone.
+    Received<std::string> suggested;
+    service->getSuggestionContactsFromNetwork("u1", "o1", "bod", 5, true, [&](std::string text, auto found) {
+        suggested.add(text + " " + (found && !found->empty() ? found->front().email : "none"));
+    });
+    ASSERT_TRUE(network->waitForSearches(2));
+    EXPECT_EQ(network->searches()[1].limit, 5);
+    network->answerSearch(1, std::vector<YContact>{seeded("bo-2", "Bodil", 0, true, "bodil@corp.example")});
+    ASSERT_TRUE(suggested.waitFor(1));
+    EXPECT_EQ(suggested.values(), std::vector<std::string>{"bod bodil@corp.example"});
+}
+
+TEST_F(YContactServiceStoreTest, AddressLookUpsPhotosAndRemovalGoThroughToTheStore) {
+    Received<std::optional<Ids>> byAddress;
+    service->getContactsFromIds("u1", std::nullopt, Ids{"bob@corp.example", "andy@home.example"}, std::nullopt,
+                                std::nullopt, RequestType::local, [&](auto found) { byAddress.add(idsOf(found)); });
+    ASSERT_TRUE(byAddress.waitFor(1));
+    ASSERT_TRUE(byAddress.values().front());
+    EXPECT_THAT(*byAddress.values().front(), ::testing::UnorderedElementsAre("bob", "andy"));
+
+    // This build keeps no photos: the request is answered, with nothing.
+    Received<bool> photo;
+    service->getContactImage("u1", std::nullopt, "ann", std::nullopt, true, false, RequestType::server,
+                             [&](auto data, auto path) { photo.add(data || path); });
+    ASSERT_TRUE(photo.waitFor(1));
+    EXPECT_EQ(photo.values(), std::vector<bool>{false});
+
+    service->removeAllData("u1");
+    ASSERT_TRUE(drainUsecaseQueue());
+    EXPECT_EQ(contacts(std::nullopt, std::nullopt, std::nullopt), Ids{});
+    EXPECT_FALSE(contact(std::nullopt, "ann"));
+}
+
+// The library's own preference builder keeps the progress in the database file it is given.
+TEST(YContactServiceDefaultsTest, ProgressIsKeptInTheNamedDatabaseFile) {
+    TemporaryDirectory folder;
+    const auto build = YContactService::Builders::defaults().preference;
+    build(folder.file("a.sqlite"))->setStartIndex("u1", 7, false);
+    EXPECT_EQ(build(folder.file("a.sqlite"))->startIndex("u1", false), 7);
+    EXPECT_EQ(build(folder.file("b.sqlite"))->startIndex("u1", false), 1);
+    EXPECT_EQ(build(std::nullopt)->startIndex("u1", false), 1);
 }
 
 }  // namespace

@@ -21,7 +21,6 @@ namespace ycontacts::testsupport {
 // searches and answerSearch); usage counts and cancellations do nothing.
 class FakeContactsNetworkService : public YContactsNetworkContract {
 public:
-    // One page request not yet answered.
     struct PageRequest {
         std::string yuid;
         std::optional<std::string> yoid;
@@ -34,7 +33,7 @@ public:
         void reply(std::optional<YContactNetworkResponse> response) const { callback(std::move(response)); }
     };
 
-    // One search, kept after it is answered so that the test can look at what was asked.
+    // Kept after it is answered, so that a test can look at what was asked.
     struct SearchRequest {
         std::string yuid;
         std::optional<std::string> yoid;
@@ -89,13 +88,11 @@ public:
         return pages_.size();
     }
 
-    // Every search made so far, in order.
     std::vector<SearchRequest> searches() {
         std::lock_guard lock(mutex_);
         return searches_;
     }
 
-    // Waits until `count` searches have been made.
     bool waitForSearches(std::size_t count) {
         std::unique_lock lock(mutex_);
         return arrived_.wait_for(lock, waitLimit, [&] { return searches_.size() >= count; });
