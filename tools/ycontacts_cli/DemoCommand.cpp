@@ -320,10 +320,10 @@ StepEnd photo(DemoRun& run) {
     for (const auto& ask : demo.asks) {
         const std::size_t bytes = ask.fetch.data ? ask.fetch.data->size() : 0;
         run.allChecksPassed &= ask.asExpected;
-        run.narrate.say("  %s %s bytes, %s, %zu request(s) to the server, %s: %s\n", format::column(ask.label, 12).c_str(),
-                        format::count(static_cast<std::int64_t>(bytes)).c_str(), sourceName(ask.fetch.source),
-                        ask.requests, format::milliseconds(ask.fetch.milliseconds).c_str(),
-                        ask.asExpected ? "as expected" : "NOT as expected");
+        run.narrate.say(
+            "  %s %s bytes, %s, %zu request(s) to the server, %s: %s\n", format::column(ask.label, 12).c_str(),
+            format::count(static_cast<std::int64_t>(bytes)).c_str(), sourceName(ask.fetch.source), ask.requests,
+            format::milliseconds(ask.fetch.milliseconds).c_str(), ask.asExpected ? "as expected" : "NOT as expected");
         asks.push_back(Json{{"ask", ask.label},
                             {"bytes", bytes},
                             {"source", sourceName(ask.fetch.source)},

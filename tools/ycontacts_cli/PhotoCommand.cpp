@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fstream>
-
 #include <nlohmann/json.hpp>
 
 #include "ycontacts_cli/CommandSupport.h"
@@ -24,10 +23,14 @@ std::string keyText(const PhotoOptions& options) {
 
 const char* sourceText(PhotoFetch::Source source) {
     switch (source) {
-        case PhotoFetch::Source::cache: return "from the cache";
-        case PhotoFetch::Source::server: return "from the server";
-        case PhotoFetch::Source::revalidated: return "from the cache, revalidated with the server (not modified)";
-        case PhotoFetch::Source::none: break;
+        case PhotoFetch::Source::cache:
+            return "from the cache";
+        case PhotoFetch::Source::server:
+            return "from the server";
+        case PhotoFetch::Source::revalidated:
+            return "from the cache, revalidated with the server (not modified)";
+        case PhotoFetch::Source::none:
+            break;
     }
     return "";
 }

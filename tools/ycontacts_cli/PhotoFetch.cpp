@@ -62,10 +62,14 @@ PhotoFetch PhotoFetch::run(const std::string& yuid, const PhotoKey& key, bool re
 
 const char* sourceName(PhotoFetch::Source source) {
     switch (source) {
-        case PhotoFetch::Source::cache: return "cache";
-        case PhotoFetch::Source::server: return "server";
-        case PhotoFetch::Source::revalidated: return "revalidated";
-        case PhotoFetch::Source::none: break;
+        case PhotoFetch::Source::cache:
+            return "cache";
+        case PhotoFetch::Source::server:
+            return "server";
+        case PhotoFetch::Source::revalidated:
+            return "revalidated";
+        case PhotoFetch::Source::none:
+            break;
     }
     return "none";
 }
