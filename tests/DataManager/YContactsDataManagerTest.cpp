@@ -221,21 +221,5 @@ TEST_F(DataManagerTest, DestroyInMemoryEmptiesTheSearchMapsButKeepsTheCurrentCac
     EXPECT_EQ(state.currentSearchKeyword, "an");
 }
 
-TEST_F(DataManagerTest, PhotoRequestsAreAnsweredOnceWithoutAPhoto) {
-    LogCapture log;
-    int answers = 0;
-    YGetContactImageRequest request("u1");
-    request.contactId = "c7";
-    manager->getContactImage(request, [&](std::optional<std::vector<std::uint8_t>> data,
-                                          std::optional<std::string> path, std::optional<std::string> contactId) {
-        ++answers;
-        EXPECT_EQ(data, std::nullopt);
-        EXPECT_EQ(path, std::nullopt);
-        EXPECT_EQ(contactId, "c7");
-    });
-    EXPECT_EQ(answers, 1);
-    EXPECT_TRUE(log.contains("not available in this build"));
-}
-
 }  // namespace
 }  // namespace ycontacts::dmtest
