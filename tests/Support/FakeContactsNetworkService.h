@@ -73,6 +73,14 @@ public:
                 (override));
     MOCK_METHOD(void, getContactUsageCount, (const std::string&, UsageCountCallback), (override));
     MOCK_METHOD(void, cancelTasks, (const std::string&), (override));
+    MOCK_METHOD(void, getContactImage,
+                (const std::string&, const std::string&, bool, std::optional<std::chrono::system_clock::time_point>,
+                 const std::optional<YActivityMetaData>&, YContactType, ImageCallback),
+                (override));
+    MOCK_METHOD(void, getContactImage,
+                (const std::string&, const std::string&, bool, bool, const std::optional<YActivityMetaData>&,
+                 ImageCallback),
+                (override));
 
     // The oldest unanswered page request, waiting for one to arrive.
     std::optional<PageRequest> nextPage() {

@@ -223,6 +223,22 @@ bool SampleContactStore::remove(const std::string& owner, bool isOrg, const std:
     return true;
 }
 
+bool SampleContactStore::changePhoto(const std::string& owner, bool isOrg, const std::string& contactId,
+                                     bool hasPhoto) {
+    std::lock_guard lock(mutex_);
+    Population* population = populationLocked(owner, isOrg);
+    if (population == nullptr) return false;
+    for (SampleContact& contact : population->contacts) {
+        if (contact.contactId != contactId) continue;
+        lastTick_ = (tickLocked() / 1000 + 1) * 1000;
+        contact.updatedTimeMs = lastTick_;
+        contact.hasPhoto = hasPhoto;
+        contact.photoModifiedMs = hasPhoto ? lastTick_ : 0;
+        return true;
+    }
+    return false;
+}
+
 std::int64_t SampleContactStore::tick() {
     std::lock_guard lock(mutex_);
     return tickLocked();

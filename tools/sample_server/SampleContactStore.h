@@ -58,6 +58,10 @@ public:
     std::optional<std::string> add(const std::string& owner, bool isOrg, SampleContact contact);
     bool update(const std::string& owner, bool isOrg, SampleContact contact);
     bool remove(const std::string& owner, bool isOrg, const std::string& contactId);
+    // A new photo for the contact (or none, with `hasPhoto` false), dated on the next whole second of the
+    // clock, which moves there: HTTP dates have whole seconds, so the new date is later than every Date
+    // header sent before and an If-Modified-Since of one of them cannot hide it. False for no such contact.
+    bool changePhoto(const std::string& owner, bool isOrg, const std::string& contactId, bool hasPhoto);
 
     // The server clock in ms: strictly increasing, never behind the system clock. A change made after a
     // reading always carries a later time than that reading.

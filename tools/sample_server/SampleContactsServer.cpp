@@ -148,6 +148,11 @@ bool SampleContactsServer::deleteContact(const std::string& owner, bool isOrg, c
     return impl_->store.remove(owner, isOrg, contactId);
 }
 
+bool SampleContactsServer::changePhoto(const std::string& owner, bool isOrg, const std::string& contactId,
+                                       bool hasPhoto) {
+    return impl_->store.changePhoto(owner, isOrg, contactId, hasPhoto);
+}
+
 std::vector<SampleContact> SampleContactsServer::contacts(const std::string& owner, bool isOrg) const {
     return impl_->store.contacts(owner, isOrg);
 }

@@ -52,6 +52,8 @@ public:
     // Replaces the contact with the same id; false when there is none.
     bool updateContact(const std::string& owner, bool isOrg, SampleContact contact);
     bool deleteContact(const std::string& owner, bool isOrg, const std::string& contactId);
+    // A new photo for the contact (or none), dated after every Date header sent so far; false for no contact.
+    bool changePhoto(const std::string& owner, bool isOrg, const std::string& contactId, bool hasPhoto = true);
 
     std::vector<SampleContact> contacts(const std::string& owner, bool isOrg) const;
     std::optional<SampleContact> contact(const std::string& owner, bool isOrg, const std::string& contactId) const;

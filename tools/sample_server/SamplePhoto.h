@@ -7,8 +7,9 @@
 
 namespace sample_server {
 
-// A deterministic PNG-like byte string for a contact: the PNG signature, then bytes derived from the contact
-// id and the photo time. A thumbnail is much smaller than a normal-size photo.
+// A valid PNG image for a contact (8-bit RGB, uncompressed deflate blocks): a checkerboard whose colours and
+// square size follow from the contact id and the photo time, so every contact and every new photo of it
+// looks different. A thumbnail is 16x16 pixels, a normal-size photo 64x64.
 std::string photoBytes(const std::string& contactId, std::int64_t photoModifiedMs, bool thumbnail);
 
 // "EEE, dd MMM yyyy HH:mm:ss GMT" in English, whatever the process locale.

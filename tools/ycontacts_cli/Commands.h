@@ -60,6 +60,19 @@ struct ShowOptions {
     std::optional<std::string> contactYuid;
 };
 
+struct PhotoOptions {
+    LocalOptions local;
+    ServerOptions server;
+    std::optional<std::string> id;
+    std::optional<std::string> email;
+    std::optional<std::string> contactYuid;
+    // The normal size instead of the thumbnail.
+    bool normal = false;
+    // Ask the server even when the cached copy is fresh.
+    bool refresh = false;
+    std::string out;
+};
+
 struct ServeOptions {
     int port = 0;
     int contacts = 120;
@@ -85,6 +98,7 @@ int runSearch(const QueryOptions& options);
 int runList(const QueryOptions& options);
 int runSuggest(const QueryOptions& options);
 int runShow(const ShowOptions& options);
+int runPhoto(const PhotoOptions& options);
 int runStatus(const LocalOptions& options);
 int runRemove(const LocalOptions& options);
 int runServe(const ServeOptions& options);

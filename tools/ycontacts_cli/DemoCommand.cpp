@@ -1,5 +1,6 @@
 // `ycontacts demo`: the sample server in-process, a full download with progress, typeahead and suggestions
-// with their latency, server-side changes, an incremental sync that reports them, and a summary.
+// with their latency, a contact photo fetched, cached and revalidated, server-side changes, an incremental
+// sync that reports them, and a summary.
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +10,7 @@
 #include "sample_server/SampleContactsServer.h"
 #include "ycontacts_cli/CommandSupport.h"
 #include "ycontacts_cli/Commands.h"
+#include "ycontacts_cli/DemoPhoto.h"
 #include "ycontacts_cli/DemoQueries.h"
 #include "ycontacts_cli/DemoServerChanges.h"
 #include "ycontacts_cli/Format.h"
@@ -305,6 +307,35 @@ StepEnd serverSearch(DemoRun& run) {
     return std::nullopt;
 }
 
+// One contact's photo: downloaded, then answered from the photo cache, then revalidated with a 304.
+StepEnd photo(DemoRun& run) {
+    run.narrate.say("\nContact photo (normal size)\n");
+    const DemoPhoto demo = DemoPhoto::run(*run.server, run.yuid);
+    if (!demo.contactYuid) {
+        run.narrate.say("  no contact of %s has a photo\n", run.yuid.c_str());
+        run.report["photo"] = nullptr;
+        return std::nullopt;
+    }
+    Json asks = Json::array();
+    for (const auto& ask : demo.asks) {
+        const std::size_t bytes = ask.fetch.data ? ask.fetch.data->size() : 0;
+        run.allChecksPassed &= ask.asExpected;
+        run.narrate.say(
+            "  %s %s bytes, %s, %zu request(s) to the server, %s: %s\n", format::column(ask.label, 12).c_str(),
+            format::count(static_cast<std::int64_t>(bytes)).c_str(), sourceName(ask.fetch.source), ask.requests,
+            format::milliseconds(ask.fetch.milliseconds).c_str(), ask.asExpected ? "as expected" : "NOT as expected");
+        asks.push_back(Json{{"ask", ask.label},
+                            {"bytes", bytes},
+                            {"source", sourceName(ask.fetch.source)},
+                            {"requests", ask.requests},
+                            {"milliseconds", ask.fetch.milliseconds},
+                            {"asExpected", ask.asExpected}});
+    }
+    run.report["photo"] = Json{{"contactYuid", *demo.contactYuid}, {"asks", asks}};
+    if (Interrupt::requested()) return interrupted();
+    return std::nullopt;
+}
+
 // Another device changes contacts on the server; an incremental sync brings exactly those changes.
 StepEnd changeOnServerAndSync(DemoRun& run) {
     run.changes = DemoServerChanges::make(*run.server, run.yuid, run.yoid);
@@ -392,7 +423,7 @@ int runDemo(const DemoOptions& options) {
     configureLogging(options.verbose);
     DemoRun run(options);
     for (const auto step :
-         {startServer, downloadEverything, typeahead, suggestions, serverSearch, changeOnServerAndSync}) {
+         {startServer, downloadEverything, typeahead, suggestions, serverSearch, photo, changeOnServerAndSync}) {
         if (auto end = step(run)) return *end;
     }
     checkTheStore(run);

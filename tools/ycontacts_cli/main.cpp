@@ -1,4 +1,4 @@
-// ycontacts: the command line host of the YContacts library: demo, sample server, sync, queries and status.
+// ycontacts: the command line host of the YContacts library: demo, sample server, sync, queries, photos and status.
 
 #include <csignal>
 #include <cstdio>
@@ -118,6 +118,19 @@ int main(int argc, char** argv) {
     key->require_option(1);
     addLocalOptions(showCommand, show.local);
 
+    PhotoOptions photo;
+    auto* photoCommand = app.add_subcommand("photo", "one contact's photo, from the photo cache or the server");
+    auto* photoKey = photoCommand->add_option_group("key", "which contact");
+    photoKey->add_option("--id", photo.id, "the contact id");
+    photoKey->add_option("--email", photo.email, "one of the contact's e-mail addresses");
+    photoKey->add_option("--contact-yuid", photo.contactYuid, "the contact's own user id");
+    photoKey->require_option(1);
+    photoCommand->add_flag("--normal", photo.normal, "the normal size instead of the thumbnail");
+    photoCommand->add_flag("--refresh", photo.refresh, "ask the server even when the cached copy is fresh");
+    photoCommand->add_option("--out", photo.out, "write the photo's bytes to this file")->required();
+    addLocalOptions(photoCommand, photo.local);
+    addServerOptions(photoCommand, photo.server, "seconds to wait for the answer");
+
     LocalOptions status;
     addLocalOptions(app.add_subcommand("status", "what is stored for a user"), status);
     LocalOptions remove;
@@ -138,6 +151,7 @@ int main(int argc, char** argv) {
         if (app.got_subcommand("list")) return runList(list);
         if (app.got_subcommand("suggest")) return runSuggest(suggest);
         if (showCommand->parsed()) return runShow(show);
+        if (photoCommand->parsed()) return runPhoto(photo);
         if (app.got_subcommand("status")) return runStatus(status);
         if (app.got_subcommand("remove")) return runRemove(remove);
     } catch (const std::exception& error) {

@@ -1,12 +1,12 @@
-// The builders YContactService::sharedInstance() uses. The photo file service is not part of the library yet:
-// its builder yields nothing, so photo look-ups answer empty.
-#include "ycontacts/Contacts/YContactService.h"
+// The builders YContactService::sharedInstance() uses.
 #include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
+#include "ycontacts/Contacts/Data/FileManager/YContactsFileService.h"
 #include "ycontacts/Contacts/Data/Network/YContactsParser.h"
 #include "ycontacts/Contacts/Data/Network/YContactsURLConstructor.h"
-#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 #include "ycontacts/Contacts/Data/Preference/YContactsPreferenceService.h"
+#include "ycontacts/Contacts/YContactService.h"
 #include "ycontacts/Platform/MarloComponents/YUserDefaults.h"
+#include "ycontacts/YNetworkManagerDependent/YContactsNetworkService.h"
 #include "ycontacts/YSqliteDependent/YContactsDatabaseService.h"
 
 namespace ycontacts {
@@ -17,9 +17,11 @@ YContactService::Builders YContactService::Builders::defaults() {
     builders.database = [](const std::filesystem::path& databaseURL) -> std::shared_ptr<YContactsDatabaseContract> {
         return std::make_shared<YContactsDatabaseService>(databaseIdentifier, databaseURL, YContactsDataMaper());
     };
-    // Filled by the photo file service: YContactsFileService rooted at `contactImageDirURL`, extension "png".
-    builders.file = [](const std::filesystem::path&) -> std::shared_ptr<YContactsFileServiceContract> {
-        return nullptr;
+    // Photos under the host's photo folder (Config::fileStorageURL), extension "png". A service of the facade's
+    // own rather than YContactsFileService::getSharedInstance, which would keep the first folder it was given.
+    builders.file =
+        [](const std::filesystem::path& contactImageDirURL) -> std::shared_ptr<YContactsFileServiceContract> {
+        return std::make_shared<YContactsFileService>(contactImageDirURL);
     };
     builders.network =
         [](const std::shared_ptr<YContactsAuthenticationContract>& authorization)

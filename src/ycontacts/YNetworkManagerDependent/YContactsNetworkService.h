@@ -1,11 +1,15 @@
 #pragma once
-// YContactsNetworkService: the contacts server's read calls (a page of contacts, search, usage counts).
+// YContactsNetworkService: the contacts server's read calls (a page of contacts, search, usage counts, photos).
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ycontacts/Contacts/Data/Contracts/YContactsNetworkContract.h"
+#include "ycontacts/Platform/MarloComponents/YMutex.h"
 #include "ycontacts/YNetworkManagerDependent/YNetworkService.h"
 
 namespace ycontacts {
@@ -17,6 +21,7 @@ public:
     // Fetch and search share one priority; usage counts can wait behind them.
     static constexpr YRequestPriority contactsPriority = YRequestPriority::high;
     static constexpr YRequestPriority usageCountPriority = YRequestPriority::low;
+    static constexpr YRequestPriority photoPriority = YRequestPriority::normal;
 
     // Uses the process-wide HTTP client. A null URL constructor makes every call fail with urlError.
     YContactsNetworkService(std::shared_ptr<YContactsAuthenticationContract> authorization,
@@ -49,8 +54,42 @@ public:
     void getContactUsageCount(const std::string& yuid, UsageCountCallback callback) override;
     void cancelTasks(const std::string& yuid) override;
 
+    // Photos. Calls for the same user, photo and size made while a request for it is in flight send nothing
+    // of their own: when that request ends, every waiting callback runs in call order with one shared
+    // response. 200 gives newImage with the body, 204 and 403 noContent (no photo this user may see), 304
+    // notModified; serverDate is read from "Date", else (except for 304) "Last-Modified". Any other status
+    // gives unknownError, a transport failure networkFailure when it is -1009 (no connection) and
+    // unknownError otherwise, a missing header or host authorizationError, a missing URL urlError.
+    // If the service is destroyed before the request ends, the waiting callbacks are dropped.
+    void getContactImage(const std::string& yuid, const std::string& contactYuid, bool isThumbnail,
+                         std::optional<std::chrono::system_clock::time_point> lastModifiedDate,
+                         const std::optional<YActivityMetaData>& metaData, YContactType contactType,
+                         ImageCallback callback) override;
+    void getContactImage(const std::string& yuid, const std::string& contactId, bool isOrg, bool isThumbnail,
+                         const std::optional<YActivityMetaData>& metaData, ImageCallback callback) override;
+
 private:
+    using ImageURL =
+        std::function<std::optional<YContactsURLParameters>(YContactsURLConstructorContract&, const YContactsHost&)>;
+    // The user and the download key (the photo's identifier, then "_thumb" or "_normal"). The user is part of
+    // it so that one user's caller is never answered with what the server let another user see.
+    using DownloadKey = std::pair<std::string, std::string>;
+
+    void downloadImage(const std::string& yuid, const std::string& key, ImageURL url,
+                       std::map<std::string, std::string> headers, const std::optional<YActivityMetaData>& metaData,
+                       ImageCallback callback);
+    // Queues the callback for the key; true when no request for it is in flight, so the caller starts one.
+    // One locked step: two first callers cannot both start a request.
+    bool addHandler(ImageCallback callback, const DownloadKey& key) Y_EXCLUDES(imageMutex_);
+    // Ends the key's download: takes its callbacks out and runs them, outside the lock, in call order.
+    void invokeAndRemoveHandlers(const DownloadKey& key,
+                                 const std::shared_ptr<const YContactImageNetworkResponse>& response)
+        Y_EXCLUDES(imageMutex_);
+
     const std::shared_ptr<YContactsURLConstructorContract> urlConstructor;
+    YMutex imageMutex_;
+    // A key has an entry exactly while its request is in flight.
+    std::map<DownloadKey, std::vector<ImageCallback>> handlersWithType Y_GUARDED_BY(imageMutex_);
 };
 
 }  // namespace ycontacts

@@ -85,14 +85,16 @@ void YNetworkService::cancelTask(std::int64_t taskId) {
 
 bool YNetworkService::sendGet(std::weak_ptr<YNetworkService> service, const std::string& yuid,
                               const YContactsURLParameters& request, const std::string& authorizationValue,
-                              YRequestPriority priority, BodyCompletion completion) {
+                              YRequestPriority priority, BodyCompletion completion,
+                              const std::map<std::string, std::string>& headers,
+                              const std::optional<YActivityMetaData>& metaData) {
     auto manager = networkManager.lock();
     if (!manager) return false;
     // The id is registered from the start handler, which runs before the completion can; the completion
     // reads it back from here.
     auto startedId = std::make_shared<std::atomic<std::int64_t>>(0);
     manager->sendRequestURL(
-        YHTTPMethod::GET, request.url, authorizationValue, {}, request.parameters, false, priority, std::nullopt,
+        YHTTPMethod::GET, request.url, authorizationValue, headers, request.parameters, false, priority, metaData,
         std::nullopt,
         [this, startedId, yuid](std::int64_t taskId) {
             startedId->store(taskId);

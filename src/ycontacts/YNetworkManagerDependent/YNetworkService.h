@@ -52,9 +52,11 @@ protected:
     // cancelTasks dropped completes with a `cancelled` error and no body, even when the transfer itself
     // had already finished. Returns false when the client is gone (nothing is sent and `completion` never
     // runs).
-    bool sendGet(std::weak_ptr<YNetworkService> service, const std::string& yuid,
-                 const YContactsURLParameters& request, const std::string& authorizationValue,
-                 YRequestPriority priority, BodyCompletion completion);
+    // `headers` are sent besides "Authorization" (e.g. "If-Modified-Since"); `metaData` labels the task.
+    bool sendGet(std::weak_ptr<YNetworkService> service, const std::string& yuid, const YContactsURLParameters& request,
+                 const std::string& authorizationValue, YRequestPriority priority, BodyCompletion completion,
+                 const std::map<std::string, std::string>& headers = {},
+                 const std::optional<YActivityMetaData>& metaData = std::nullopt);
     // Removes the first occurrence of the id; false when it was not registered (cancelTasks took it).
     bool takeTaskId(const std::string& yuid, std::int64_t taskId);
     // Asks the client to cancel one task; a seam so the cancel order can be observed.

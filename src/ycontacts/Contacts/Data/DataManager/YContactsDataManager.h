@@ -72,7 +72,8 @@ public:
     // The smallest page size the page loop can work with: a page that falls short of the limit by 1 to 49
     // contacts asks for the next page, so with a smaller limit even an empty page would never end the loop.
     static constexpr int minimumContactsBatchFetchLimit = 50;
-    // Kept for callers that decide re-fetching; nothing in the data manager reads it.
+    // A cached photo younger than this is answered without asking the server, and a "no photo" answer of
+    // the server is trusted for as long.
     static constexpr double refetchIntervalInMins = 15.0;
 
     // Contacts asked of the server per page by downloads and server searches.
@@ -100,7 +101,8 @@ public:
     void getContactsList(const YContactsQuery& query, ContactsCallback callback) override;
     void getContactsFromIds(const YGetContactsFromIdsRequest& request, ContactsCallback callback) override;
     void getContact(const YGetContactRequest& request, ContactCallback callback) override;
-    // Photo retrieval is not part of this build: the handler is answered once, with no data and no path.
+    // The photo from the file cache or the server; the handler is answered exactly once (see
+    // docs/data-manager.md, "Contact photos"): with the bytes and their file, or with neither.
     void getContactImage(const YGetContactImageRequest& request, ImageHandler handler) override;
     void getSuggestionContacts(const YContactsQuery& query, SuggestionsCallback callback) override;
     void getOrgContactSuggestions(const YContactsQuery& query, OrgSuggestionsCallback callback) override;
@@ -195,6 +197,22 @@ private:
     std::uint64_t removalCount(const std::string& yuid) const Y_EXCLUDES(stateMutex_);
 
     static void notify(const std::function<void(YContactsNotification&)>& notification);
+
+    // Which photo a request means: the file key and the server form that fetches it.
+    struct PhotoIdentity {
+        std::string identifier;
+        // Set: by the contact's own user id, with this type. Absent: by contact id.
+        std::optional<YContactType> yuidType;
+        bool isOrg = false;
+        std::optional<std::string> contactId;
+    };
+    std::optional<PhotoIdentity> photoIdentity(const YGetContactImageRequest& request);
+    bool recentlyWithoutPhoto(const std::string& yuid, const std::string& identifier) const Y_EXCLUDES(stateMutex_);
+    void photoArrived(const std::string& yuid, const PhotoIdentity& photo, bool isThumbnail, std::uint64_t removals,
+                      const YContactImageNetworkResponse& response, const ImageHandler& handler);
+    // The cached copy as it is (any age; a normal size falls back to the thumbnail), or nothing.
+    void answerCachedPhoto(const std::string& yuid, const PhotoIdentity& photo, bool isThumbnail,
+                           const ImageHandler& handler);
 
     // Lock order: writeMutex_ before stateMutex_. stateMutex_ guards users_ for short steps and is never
     // held while a collaborator or a callback runs. writeMutex_ is held while a download writes (a page, its
