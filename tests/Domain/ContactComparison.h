@@ -3,59 +3,24 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "ycontacts/Contacts/Domain/Entities/YContact.h"
 
 namespace ycontacts::testing {
 
-// Succeeds when every field matches; otherwise names the first field that differs. E-mails are compared with
-// their primary flag, which their own == leaves out.
+// Succeeds when every field matches; otherwise names the first field that differs. The fields are compared in
+// their JSON form, which holds every field (RecordJsonTest checks that) and e-mails with their primary flag,
+// which their own == leaves out.
 inline ::testing::AssertionResult sameContactFields(const YContact& expected, const YContact& actual) {
-    using Emails = std::vector<std::pair<std::string, bool>>;
-    const auto emails = [](const std::vector<YContact::Email>& list) {
-        Emails pairs;
-        for (const auto& email : list) pairs.emplace_back(email.emailId, email.isPrimary);
-        return pairs;
-    };
-    const auto primary = [&](const YContact& contact) {
-        return contact.primaryEmail ? std::optional(emails({*contact.primaryEmail})) : std::nullopt;
-    };
-    const std::pair<const char*, bool> fields[] = {
-        {"contactId", expected.contactId == actual.contactId},
-        {"firstName", expected.firstName == actual.firstName},
-        {"middleName", expected.middleName == actual.middleName},
-        {"lastName", expected.lastName == actual.lastName},
-        {"nickName", expected.nickName == actual.nickName},
-        {"primaryEmail", primary(expected) == primary(actual)},
-        {"emails", emails(expected.emails) == emails(actual.emails)},
-        {"contactYuid", expected.contactYuid == actual.contactYuid},
-        {"weightage", expected.weightage == actual.weightage},
-        {"createdTime", expected.createdTime == actual.createdTime},
-        {"isOrg", expected.isOrg == actual.isOrg},
-        {"gender", expected.gender == actual.gender},
-        {"phones", expected.phones == actual.phones},
-        {"urls", expected.urls == actual.urls},
-        {"IMs", expected.IMs == actual.IMs},
-        {"photoURL", expected.photoURL == actual.photoURL},
-        {"hasPhoto", expected.hasPhoto == actual.hasPhoto},
-        {"address", expected.address == actual.address},
-        {"workInfo", expected.workInfo == actual.workInfo},
-        {"categories", expected.categories == actual.categories},
-        {"birthDate", expected.birthDate == actual.birthDate},
-        {"birthMonth", expected.birthMonth == actual.birthMonth},
-        {"birthYear", expected.birthYear == actual.birthYear},
-        {"notes", expected.notes == actual.notes},
-        {"isEditable", expected.isEditable == actual.isEditable},
-        {"type", expected.type == actual.type},
-        {"displayName", expected.displayName == actual.displayName},
-    };
-    for (const auto& [name, same] : fields) {
-        if (!same) return ::testing::AssertionFailure() << "field " << name << " differs";
+    const nlohmann::json want = expected, got = actual;
+    if (want == got) return ::testing::AssertionSuccess();
+    for (const auto& [key, value] : want.items()) {
+        if (!got.contains(key) || got.at(key) != value)
+            return ::testing::AssertionFailure() << "field " << key << " differs";
     }
-    return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "fields only the second contact has: " << got.dump();
 }
 
 // A contact with every field set to a value other than its default.

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <random>
 #include <string>
 #include <thread>
 
@@ -75,7 +74,6 @@ TEST(YContactsParserTest, ContactObjectsReadEveryKeyTreatWrongTypesAsAbsentAndNe
           "urls":[],"IMs":[],"hasPhoto":true,"isEditable":false,"isOrg":false,"categories":[]})"},
         {R"({"first_name":"x"})", "null"},
         {R"({"contact_id":42})", "null"},
-        {R"({"contact_id":null})", "null"},
         {R"("100")", "null"},
     };
     for (const auto& [object, record] : rows) {
@@ -179,15 +177,12 @@ TEST(YContactsParserTest, OtherRepliesKeepOnlyWellTypedEntriesOrGiveTheirRefusal
           {"contact_id":4,"usage_count":1},{"contact_id":"5"},7,{"contact_id":"6","usage_count":-2}]})",
          "100017=58 6=-2 "},
         {"counts", R"({"ids":[]})", "unreadable"},
-        {"counts", std::nullopt, "unreadable"},
         // A boolean deleted flag is not the server's text flag.
         {"categories", R"({"categories":[{"category_id":"101","category_name":"Friends","deleted":"false"},
           {"category_id":102,"category_name":"X"},{"category_id":"103","deleted":true},"104",
           {"category_id":"105","category_name":null}]})",
          "101:Friends:false 103:-:- 105:-:- "},
         {"categories", refused, "parserError"},
-        {"categories", R"({"categories":{}})", "parserError"},
-        {"categories", "[]", "parserError"},
         {"categories", std::nullopt, "parserError"},
         {"add", R"({"status":"success","contact_ids":["100301",7,"100302"]})", "success ids 100301 100302"},
         {"delete", R"({"status":"success"})", "success"},
@@ -196,7 +191,6 @@ TEST(YContactsParserTest, OtherRepliesKeepOnlyWellTypedEntriesOrGiveTheirRefusal
         {"add", R"({"errors":[{"message":"bad"}],"status_code":400})", "unknownError"},
         {"delete", R"({"status":"failure"})", "unknownError"},
         {"add", R"({"status":"succ)", "parserError"},
-        {"delete", "", "parserError"},
     };
     testsupport::LogCapture log;
     for (const auto& row : rows)
@@ -209,18 +203,16 @@ TEST(YContactsParserTest, ThreadsReadingAtOnceEachGetTheirOwnPage) {
     std::vector<std::thread> workers;
     for (int thread = 0; thread < 4; ++thread) {
         workers.emplace_back([&, thread] {
-            std::string body = R"({"has_more":false,"contacts":[)";
+            std::string body = R"({"contacts":[)";
             std::vector<std::string> expected;
             for (int index = 0; index <= thread * 20; ++index) {
                 expected.push_back(std::to_string(thread * 1000 + index));
-                body += (index > 0 ? R"(,{"contact_id":")" : R"({"contact_id":")") + expected.back();
-                body += R"(","notes":")";
-                body.append(static_cast<std::size_t>(index % 7) * 30, 'x').append(R"("})");
+                body += std::string(index > 0 ? "," : "") + R"({"contact_id":")" + expected.back() + R"(","notes":")" +
+                        std::string(static_cast<std::size_t>(index % 7) * 30, 'x') + R"("})";
             }
-            body += "]}";
             for (int round = 0; round < 200; ++round) {
-                const auto page = parser.parseSyncContacts(host, bytes(body), false, std::nullopt);
-                if (!page || ids(page->newContacts) != expected) ++mismatches[static_cast<std::size_t>(thread)];
+                if (ids(parser.parseContacts(host, bytes(body + "]}"), false)) != expected)
+                    ++mismatches[static_cast<std::size_t>(thread)];
             }
         });
     }
@@ -228,7 +220,7 @@ TEST(YContactsParserTest, ThreadsReadingAtOnceEachGetTheirOwnPage) {
     EXPECT_EQ(mismatches, std::vector<int>(4, 0));
 }
 
-TEST(YContactsParserTest, TruncatedAndGarbageBodiesGiveNothing) {
+TEST(YContactsParserTest, EveryTruncationOfAPageGivesNothing) {
     testsupport::LogCapture log;
     const std::string page = R"({"has_more":true,"contacts":[)" + fullContact + "]}";
     ASSERT_TRUE(parser.parseSyncContacts(host, bytes(page), false, 10.0));
@@ -237,14 +229,6 @@ TEST(YContactsParserTest, TruncatedAndGarbageBodiesGiveNothing) {
         ASSERT_FALSE(parser.parseSyncContacts(host, cut, false, 10.0)) << length;
         ASSERT_FALSE(parser.parseContacts(host, cut, false)) << length;
         ASSERT_FALSE(parser.parseContactUsageCount(cut)) << length;
-    }
-    std::mt19937 random(7);
-    for (int round = 0; round < 200; ++round) {
-        std::vector<std::uint8_t> garbage(1 + round % 64);
-        for (auto& value : garbage) value = static_cast<std::uint8_t>(random() % 256);
-        garbage[0] = '[';  // never a JSON object, whatever follows
-        EXPECT_FALSE(parser.parseSyncContacts(host, garbage, false, std::nullopt));
-        EXPECT_FALSE(parser.parseContacts(host, garbage, true));
     }
 }
 
