@@ -9,7 +9,6 @@
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactImage.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContacts.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactsList.h"
-#include "ycontacts/Contacts/Domain/Usecases/YGetOrgContactSuggestions.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetSuggestionContacts.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetUsageCountUseCase.h"
 
@@ -77,8 +76,6 @@ TEST_F(UsecasesTest, SuggestionsAndImagesKeepWhatTheAnswerSaid) {
     EXPECT_CALL(*contacts, getSuggestionContacts(_, _))
         .WillOnce(DoAll(InvokeArgument<1>(std::string("ann"), earlier),
                         InvokeArgument<1>(std::string("anna"), std::nullopt)));
-    EXPECT_CALL(*contacts, getOrgContactSuggestions(_, _))
-        .WillOnce(InvokeArgument<1>(std::nullopt, Contacts{YContact("9", "Bob", 0)}));
     EXPECT_CALL(*contacts, getContactImage(_, _))
         .WillOnce(InvokeArgument<1>(std::vector<std::uint8_t>{1, 2}, std::string("/p/c1.png"), std::string("c1")));
     const auto suggested = run<YGetSuggestionContactsResponse, YGetSuggestionContacts>(
@@ -88,11 +85,6 @@ TEST_F(UsecasesTest, SuggestionsAndImagesKeepWhatTheAnswerSaid) {
     EXPECT_EQ(suggested[0].contacts->front().email, "ann@x");
     EXPECT_EQ(suggested[1].searchStr, "anna");
     EXPECT_FALSE(suggested[1].contacts);
-    const auto org = run<YGetOrgContactSuggestionsResponse, YGetOrgContactSuggestions>(
-        contacts, YGetOrgContactSuggestionsRequest("u1"), 1);
-    ASSERT_EQ(org.size(), 1u);
-    EXPECT_FALSE(org[0].searchStr);
-    EXPECT_EQ(idsOf(org[0].contacts), Ids{"9"});
     const auto image = run<YGetContactImageResponse, YGetContactImage>(contacts, YGetContactImageRequest("u1"), 1);
     ASSERT_EQ(image.size(), 1u);
     EXPECT_EQ(image[0].contactImageData, (std::vector<std::uint8_t>{1, 2}));
