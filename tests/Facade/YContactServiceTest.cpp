@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <latch>
 #include <mutex>
 #include <thread>
 
@@ -105,26 +104,6 @@ TEST(YContactServiceTest, EachComponentIsBuiltOnceFromTheConfigItFindsAtFirstUse
     }
 }
 
-TEST(YContactServiceTest, ConcurrentFirstUseBuildsEveryComponentOnce) {
-    Wiring wiring;
-    YContactService service(wiring.builders());
-    service.config = YContactService::Config(wiring.authenticator, "/data/store.sqlite", "/data/photos");
-    constexpr int callers = 8;
-    std::latch ready(callers);
-    std::vector<std::shared_ptr<YContactSyncHandlerContract>> handlers(callers);
-    std::vector<std::thread> threads;
-    for (int caller = 0; caller < callers; ++caller) {
-        threads.emplace_back([&, caller] {
-            ready.arrive_and_wait();
-            handlers[caller] = service.syncHandler();
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    EXPECT_NE(handlers.front(), nullptr);
-    for (const auto& handler : handlers) EXPECT_EQ(handler, handlers.front());
-    EXPECT_EQ(wiring.calls.size(), 5u);
-}
-
 TEST(YContactServiceTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) {
     int attempts = 0;
     YContactService::Builders builders;
@@ -165,9 +144,6 @@ TEST(YContactServiceTest, WithoutADataManagerOperationsAreLoggedNoOps) {
     EXPECT_FALSE(handler->getContactCount("u1") || handler->lastUpdatedTime("u1") || handler->isSyncInProgress("u1"));
     ASSERT_TRUE(drainUsecaseQueue());
     EXPECT_EQ(callbacks.load(), 0);
-    // The shared instance is one instance, which starts without a config.
-    EXPECT_EQ(&YContactService::sharedInstance(), &YContactService::sharedInstance());
-    EXPECT_FALSE(YContactService::sharedInstance().config);
 }
 
 class YContactSyncHandlerTest : public ::testing::Test {

@@ -56,7 +56,6 @@ public:
             .WillByDefault([this](const std::string& yuid, const std::optional<std::string>& yoid, bool isOrg,
                                   std::optional<int> limit, const std::optional<std::string>& searchText,
                                   SearchCallback callback) {
-                if (onSearch) onSearch();
                 std::lock_guard lock(mutex_);
                 searches_.push_back(SearchRequest{yuid, yoid, isOrg, limit, searchText, std::move(callback)});
                 arrived_.notify_all();
@@ -115,9 +114,6 @@ public:
         }
         callback(std::move(contacts));
     }
-
-    // Runs as each search is made, before it is held; lets a test note the moment the server is asked.
-    std::function<void()> onSearch;
 
 private:
     std::mutex mutex_;

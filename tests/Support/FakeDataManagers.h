@@ -1,5 +1,5 @@
 #pragma once
-// FakeDataManagers: gmock stand-ins for the three data-manager contracts the use cases and the facade call.
+// FakeDataManagers: a gmock stand-in for the data-manager contract the use cases and the facade call.
 
 #include <gmock/gmock.h>
 
@@ -8,9 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "ycontacts/Contacts/Domain/DataManagerContract/YCategoriesDataManagerContract.h"
 #include "ycontacts/Contacts/Domain/DataManagerContract/YContactsDataManagerContract.h"
-#include "ycontacts/Contacts/Domain/DataManagerContract/YContactsUpdateDataManagerContract.h"
 
 namespace ycontacts::testsupport {
 
@@ -34,22 +32,6 @@ public:
     MOCK_METHOD(void, removeAllData, (const std::string&), (override));
     MOCK_METHOD(bool, wasInitialDownloadCompleted, (const std::string&, const std::optional<std::string>&),
                 (override));
-};
-
-class FakeCategoriesDataManager : public YCategoriesDataManagerContract {
-public:
-    MOCK_METHOD(void, fetchCategories, (const std::string&, RequestType, CategoriesCallback), (override));
-    MOCK_METHOD(void, fetchContactsInCategory, (const std::string&, const std::string&, RequestType, ContactsCallback),
-                (override));
-};
-
-class FakeUpdateDataManager : public YContactsUpdateDataManagerContract {
-public:
-    MOCK_METHOD(void, updateContact,
-                (const std::string&, const std::vector<YContact>&, bool, const std::string&, const std::string&,
-                 UpdateCallback),
-                (override));
-    MOCK_METHOD(void, deleteContact, (const std::string&, const std::string&, bool, UpdateCallback), (override));
 };
 
 }  // namespace ycontacts::testsupport

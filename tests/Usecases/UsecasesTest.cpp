@@ -6,16 +6,11 @@
 
 #include "Support/FakeDataManagers.h"
 #include "Support/UsecaseSupport.h"
-#include "ycontacts/Contacts/Domain/Usecases/YDeleteContactsUseCase.h"
-#include "ycontacts/Contacts/Domain/Usecases/YFetchCategoriesUseCase.h"
-#include "ycontacts/Contacts/Domain/Usecases/YFetchCategoryContactsUseCase.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactImage.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContacts.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetContactsList.h"
-#include "ycontacts/Contacts/Domain/Usecases/YGetOrgContactSuggestions.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetSuggestionContacts.h"
 #include "ycontacts/Contacts/Domain/Usecases/YGetUsageCountUseCase.h"
-#include "ycontacts/Contacts/Domain/Usecases/YUpdateContactsUseCase.h"
 
 namespace ycontacts {
 namespace {
@@ -43,12 +38,6 @@ std::vector<Ids> idsOfEach(const std::vector<Response>& responses) {
     return result;
 }
 
-YUpdateContactNetworkResponse serverAnswer(std::optional<std::string> successText) {
-    YUpdateContactNetworkResponse response;
-    response.successResponse = std::move(successText);
-    return response;
-}
-
 class UsecasesTest : public ::testing::Test {
 protected:
     template <class Response, class Usecase, class Source, class Request>
@@ -59,9 +48,6 @@ protected:
 
     std::shared_ptr<StrictMock<FakeContactsDataManager>> contacts =
         std::make_shared<StrictMock<FakeContactsDataManager>>();
-    std::shared_ptr<StrictMock<FakeCategoriesDataManager>> categories =
-        std::make_shared<StrictMock<FakeCategoriesDataManager>>();
-    std::shared_ptr<StrictMock<FakeUpdateDataManager>> updates = std::make_shared<StrictMock<FakeUpdateDataManager>>();
 };
 
 TEST_F(UsecasesTest, ContactQueriesDeliverEachAnswerAsItCame) {
@@ -84,22 +70,14 @@ TEST_F(UsecasesTest, ContactQueriesDeliverEachAnswerAsItCame) {
     EXPECT_EQ(usage[0].usageCountMap, (std::map<std::string, std::string>{{"c1", "4"}}));
 }
 
-TEST_F(UsecasesTest, SuggestionsImagesAndCategoriesKeepWhatTheAnswerSaid) {
+TEST_F(UsecasesTest, SuggestionsAndImagesKeepWhatTheAnswerSaid) {
     const std::vector<YSuggestionContact> earlier{YSuggestionContact("1", "ann@x", "Ann", true)};
     // The answer names the text it matches: while the user types, an earlier one may come first.
     EXPECT_CALL(*contacts, getSuggestionContacts(_, _))
         .WillOnce(DoAll(InvokeArgument<1>(std::string("ann"), earlier),
                         InvokeArgument<1>(std::string("anna"), std::nullopt)));
-    EXPECT_CALL(*contacts, getOrgContactSuggestions(_, _))
-        .WillOnce(InvokeArgument<1>(std::nullopt, Contacts{YContact("9", "Bob", 0)}));
     EXPECT_CALL(*contacts, getContactImage(_, _))
         .WillOnce(InvokeArgument<1>(std::vector<std::uint8_t>{1, 2}, std::string("/p/c1.png"), std::string("c1")));
-    EXPECT_CALL(*categories, fetchCategories("u1", RequestType::server, _))
-        .WillOnce(
-            DoAll(InvokeArgument<2>(YCategoryResponse{{YContactCategory("k1")}}), InvokeArgument<2>(std::nullopt)));
-    EXPECT_CALL(*categories, fetchContactsInCategory("u1", "k7", RequestType::preferLocal, _))
-        .WillOnce(InvokeArgument<3>(std::nullopt));
-
     const auto suggested = run<YGetSuggestionContactsResponse, YGetSuggestionContacts>(
         contacts, YGetSuggestionContactsRequest("u1", "anna"), 2);
     ASSERT_EQ(suggested.size(), 2u);
@@ -107,54 +85,10 @@ TEST_F(UsecasesTest, SuggestionsImagesAndCategoriesKeepWhatTheAnswerSaid) {
     EXPECT_EQ(suggested[0].contacts->front().email, "ann@x");
     EXPECT_EQ(suggested[1].searchStr, "anna");
     EXPECT_FALSE(suggested[1].contacts);
-    const auto org = run<YGetOrgContactSuggestionsResponse, YGetOrgContactSuggestions>(
-        contacts, YGetOrgContactSuggestionsRequest("u1"), 1);
-    ASSERT_EQ(org.size(), 1u);
-    EXPECT_FALSE(org[0].searchStr);
-    EXPECT_EQ(idsOf(org[0].contacts), Ids{"9"});
     const auto image = run<YGetContactImageResponse, YGetContactImage>(contacts, YGetContactImageRequest("u1"), 1);
-    EXPECT_EQ(std::make_shared<YGetContactImage>(contacts)->copy()->dataManager, contacts);
     ASSERT_EQ(image.size(), 1u);
     EXPECT_EQ(image[0].contactImageData, (std::vector<std::uint8_t>{1, 2}));
-    EXPECT_EQ(image[0].filePath, "/p/c1.png");
-    EXPECT_EQ(image[0].contactId, "c1");
-
-    YFetchCategoriesRequest fetch("u1");
-    fetch.requestType = RequestType::server;
-    const auto lists = run<YFetchCategoriesResponse, YFetchCategoriesUseCase>(categories, fetch, 2);
-    ASSERT_EQ(lists.size(), 2u);
-    EXPECT_EQ(lists[0].categories.at(0).categoryId, "k1");
-    EXPECT_TRUE(lists[1].categories.empty());  // no answer reads as no categories
-    const auto inCategory = run<YFetchCategoryContactsResponse, YFetchCategoryContactsUseCase>(
-        categories, YFetchCategoryContactsRequest("u1", "k7"), 1);
-    ASSERT_EQ(inCategory.size(), 1u);
-    EXPECT_EQ(inCategory[0].categoryId, "k7");
-    EXPECT_FALSE(inCategory[0].contacts);
-}
-
-TEST_F(UsecasesTest, UpdatesCarryATitleOnlyWhenTheServerAnsweredWithASuccessText) {
-    EXPECT_CALL(*updates, updateContact("u1", _, true, "desktop", "vcard", _))
-        .WillOnce(DoAll(InvokeArgument<5>(std::string("c42"), serverAnswer("Contact added")),
-                        InvokeArgument<5>(std::string("c43"), serverAnswer(std::nullopt)),
-                        InvokeArgument<5>(std::nullopt, std::nullopt)));
-    EXPECT_CALL(*updates, deleteContact("u1", "c42", false, _))
-        .WillOnce(DoAll(InvokeArgument<3>(std::string("c42"), serverAnswer("Contact deleted")),
-                        InvokeArgument<3>(std::nullopt, serverAnswer(std::nullopt))));
-
-    const auto updated = run<YUpdateContactsResponse, YUpdateContactsUseCase>(
-        updates, YUpdateContactsRequest("u1", {YContact("TempContactId-1", "Ann", 0)}, true, "desktop", "vcard"), 3);
-    ASSERT_EQ(updated.size(), 3u);
-    EXPECT_EQ(updated[0].contactId, "c42");
-    EXPECT_EQ(updated[0].title, "Contact added");
-    EXPECT_EQ(updated[1].contactId, "c43");
-    EXPECT_FALSE(updated[1].title || updated[2].contactId || updated[2].title);
-    const auto deleted =
-        run<YDeleteContactsResponse, YDeleteContactsUseCase>(updates, YDeleteContactsRequest("u1", "c42", false), 2);
-    ASSERT_EQ(deleted.size(), 2u);
-    EXPECT_EQ(deleted[0].contactId, "c42");
-    EXPECT_EQ(deleted[0].title, "Contact deleted");
-    EXPECT_EQ(deleted[1].contactId, "");  // an answer without an id gives an empty one
-    EXPECT_FALSE(deleted[1].title);
+    EXPECT_EQ(image[0].filePath.value_or("") + " " + image[0].contactId.value_or(""), "/p/c1.png c1");
 }
 
 }  // namespace
