@@ -67,11 +67,6 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
              return sync({"--server", "ftp://127.0.0.1", "--token", "t"}, data);
          },
          2, "bad server URL 'ftp://127.0.0.1'"},
-        {"URL with a query",
-         [&](auto data) {
-             return sync({"--server", "http://host/?q=1", "--token", "t"}, data);
-         },
-         2, "bad server URL 'http://host/?q=1'"},
         {"search without data",
          [&](auto) {
              return Args{"search", "a"} + userArgs(missing);
@@ -84,7 +79,6 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
          2, "does not exist"},
         {"status without data", [&](auto) { return Args{"status"} + userArgs(missing); }, 2, "does not exist"},
         {"remove without data", [&](auto) { return Args{"remove"} + userArgs(missing); }, 2, "does not exist"},
-        {"list without data", [&](auto) { return Args{"list"} + userArgs(missing); }, 2, "does not exist"},
         {"status of a folder no sync has used", [&](auto data) { return Args{"status"} + userArgs(data); }, 2,
          "holds no contacts database"},
         {"server search without a server",
@@ -99,7 +93,6 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
              return Args{"search", "a", "--source", "both", "--server", address, "--token", "nope"} + userArgs(data);
          },
          1, "refused the token for user u1"},
-        {"no command", [](auto) { return Args{}; }, 2, ""},
         {"unknown command", [](auto) { return Args{"frobnicate"}; }, 2, ""},
         {"sync without a user",
          [](auto data) {
@@ -129,10 +122,9 @@ TEST_F(CliErrorTest, EachFailureEndsWithItsStatusAndOneLineNamingTheCause) {
         const auto result = runCli(args);
         EXPECT_EQ(result.exitStatus, failure.status) << result.err;
         if (!failure.message.empty()) {
-            const auto lines = result.errLines();
-            ASSERT_EQ(lines.size(), 1u) << result.err;
-            EXPECT_TRUE(lines[0].starts_with("ycontacts: ")) << lines[0];
-            EXPECT_NE(lines[0].find(failure.message), std::string::npos) << lines[0];
+            EXPECT_TRUE(result.err.starts_with("ycontacts: ")) << result.err;
+            EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
+            EXPECT_NE(result.err.find(failure.message), std::string::npos) << result.err;
         }
         if (failure.outcome) {
             EXPECT_EQ(result.json()["outcome"], failure.outcome) << result.out;
