@@ -35,14 +35,15 @@ struct CliResult {
     nlohmann::json json() const { return nlohmann::json::parse(out, nullptr, false); }
 };
 
-// A running `ycontacts ARGS...` with stdin closed and stdout and stderr in files of its own folder. The
-// environment is the test's own without the tool's YCONTACTS_* variables.
+// A running `ycontacts ARGS...` (or `program ARGS...`) with stdin closed and stdout and stderr in files of its
+// own folder. The environment is the test's own without the YCONTACTS_* variables, plus `variables`.
 class CliProcess {
 public:
-    explicit CliProcess(const std::vector<std::string>& args) {
-        std::vector<std::string> argv{YCONTACTS_CLI_PATH};
+    explicit CliProcess(const std::vector<std::string>& args, std::vector<std::string> variables = {},
+                        const std::string& program = YCONTACTS_CLI_PATH) {
+        std::vector<std::string> argv{program};
         argv.insert(argv.end(), args.begin(), args.end());
-        std::vector<std::string> environment;
+        std::vector<std::string> environment = std::move(variables);
         for (char** entry = environ; *entry; ++entry) {
             if (std::strncmp(*entry, "YCONTACTS_", 10) != 0) environment.emplace_back(*entry);
         }
