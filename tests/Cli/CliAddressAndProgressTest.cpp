@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "ycontacts_cli/ProgressLine.h"
 #include "ycontacts_cli/ServerAddress.h"
 
@@ -10,11 +12,7 @@ namespace {
 using ycontacts_cli::ServerAddress;
 
 TEST(CliServerAddressTest, AcceptsHttpUrlsWithoutTheTrailingSlashAndRejectsWhatPathsCannotBeAppendedTo) {
-    struct Accepted {
-        const char* url;
-        const char* base;
-        const char* origin;
-    };
+    using Accepted = std::array<const char*, 3>;  // typed, base, origin
     for (const auto& [url, base, origin] :
          {Accepted{"http://127.0.0.1:8080/", "http://127.0.0.1:8080", "http://127.0.0.1:8080"},
           Accepted{"HTTPS://contacts.example.net/prefix//", "https://contacts.example.net/prefix",

@@ -12,7 +12,6 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,35 +33,25 @@ struct CliResult {
     std::string err;
 
     nlohmann::json json() const { return nlohmann::json::parse(out, nullptr, false); }
-    std::vector<std::string> errLines() const {
-        std::vector<std::string> lines;
-        std::istringstream stream(err);
-        for (std::string line; std::getline(stream, line);) lines.push_back(line);
-        return lines;
-    }
 };
 
-inline std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// A running `ycontacts ARGS...` with stdin closed and stdout and stderr in files of its own folder. The
-// environment is the test's own without the tool's YCONTACTS_* variables.
+// A running `ycontacts ARGS...` (or `program ARGS...`) with stdin closed and stdout and stderr in files of its
+// own folder. The environment is the test's own without the YCONTACTS_* variables, plus `variables`.
 class CliProcess {
 public:
-    explicit CliProcess(const std::vector<std::string>& args) {
-        std::vector<std::string> argv{YCONTACTS_CLI_PATH};
+    explicit CliProcess(const std::vector<std::string>& args, std::vector<std::string> variables = {},
+                        const std::string& program = YCONTACTS_CLI_PATH) {
+        std::vector<std::string> argv{program};
         argv.insert(argv.end(), args.begin(), args.end());
-        std::vector<std::string> environment;
+        std::vector<std::string> environment = std::move(variables);
         for (char** entry = environ; *entry; ++entry) {
             if (std::strncmp(*entry, "YCONTACTS_", 10) != 0) environment.emplace_back(*entry);
         }
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, 1, outPath().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        posix_spawn_file_actions_addopen(&actions, 2, errPath().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_addopen(&actions, 1, files_.file("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_addopen(&actions, 2, files_.file("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr, pointers(argv).data(),
                         pointers(environment).data()) != 0) {
             pid_ = -1;
@@ -92,12 +81,14 @@ public:
         if (!ran || raw == -1) return -1;
         return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
     }
-    std::string out() const { return readFile(outPath()); }
-    std::string err() const { return readFile(errPath()); }
+    std::string out() const { return read("out"); }
+    std::string err() const { return read("err"); }
 
 private:
-    std::filesystem::path outPath() const { return files_.file("out"); }
-    std::filesystem::path errPath() const { return files_.file("err"); }
+    std::string read(const char* name) const {
+        std::ifstream in(files_.file(name));
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
     static std::vector<char*> pointers(std::vector<std::string>& texts) {
         std::vector<char*> list;
         for (auto& text : texts) list.push_back(text.data());
@@ -112,11 +103,8 @@ private:
 inline CliResult runCli(const std::vector<std::string>& args,
                         std::chrono::seconds timeout = std::chrono::seconds(120)) {
     CliProcess process(args);
-    CliResult result;
-    result.exitStatus = process.wait(timeout);
-    result.out = process.out();
-    result.err = process.err();
-    return result;
+    const int status = process.wait(timeout);
+    return {status, process.out(), process.err()};
 }
 
 inline std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
@@ -136,12 +124,12 @@ inline std::vector<std::string> userArgs(const std::filesystem::path& dataDir, c
 }
 
 // u1 and u2 share organisation o1, u3 has none.
-inline const sample_server::SampleServerOptions cliServerOptions{
-    .seed = 11, .users = 3, .personalContactsPerUser = 150, .orgContactsPerOrg = 80, .usersWithoutOrg = 1};
-
 class CliServerTest : public ycontacts::testsupport::SampleServerTest {
 protected:
-    CliServerTest() : SampleServerTest(cliServerOptions) {}
+    CliServerTest()
+        : SampleServerTest(
+              {.seed = 11, .users = 3, .personalContactsPerUser = 150, .orgContactsPerOrg = 80, .usersWithoutOrg = 1}) {
+    }
 };
 
 }  // namespace cli_test

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
-#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <mutex>
@@ -87,7 +86,6 @@ private:
 
 // Every notification as a line: "downloadStarted initial", "contactsAdded personal <ids>",
 // "countUpdate org=<n> personal=<n>", "downloadComplete sync", "downloadFailed <error>", ...
-// `hook`, when set, runs on the posting thread right after a line is recorded.
 class RecordingObserver : public YContactsNotification {
 public:
     void countUpdate(const std::string& yuid, std::int64_t org, std::int64_t personal) override {
@@ -116,13 +114,9 @@ public:
     }
 
     EventLog log;
-    std::function<void(const std::string& yuid, const std::string& text)> hook;
 
 private:
-    void record(const std::string& yuid, std::string text) {
-        log.append(yuid, text);
-        if (hook) hook(yuid, text);
-    }
+    void record(const std::string& yuid, std::string text) { log.append(yuid, std::move(text)); }
     void record(const std::string& yuid, std::string what, bool isOrg, const std::vector<YContact>& contacts) {
         what += isOrg ? " org" : " personal";
         for (const auto& contact : contacts) what += " " + contact.contactId;
@@ -191,11 +185,11 @@ std::vector<sample_server::SampleContact> serverContacts(const sample_server::Sa
                                                          const std::string& yuid, bool isOrg);
 std::vector<std::string> idsOf(const std::vector<sample_server::SampleContact>& contacts);
 
-// The observer lines of a complete initial download with pages of `limit`: each population's pages (each
-// followed by the counts; a page short by fewer than 50 is followed by one empty page), the counts again
-// when it completes, then the completion. Without `orgIds` the organisation part completes at once.
+// The observer lines of a complete initial download with pages of 50: each population's pages (each followed
+// by the counts; a short page is followed by one empty page), the counts again when it completes, then the
+// completion. Without `orgIds` the organisation part completes at once.
 std::vector<std::string> expectedInitialDownloadLines(const std::vector<std::string>& personalIds,
-                                                      const std::optional<std::vector<std::string>>& orgIds, int limit);
+                                                      const std::optional<std::vector<std::string>>& orgIds);
 
 // The first column of every row `sql` answers on the database, joined with "; ", or the error text.
 std::string sqlAnswer(const std::filesystem::path& database, const std::string& sql);
