@@ -68,35 +68,6 @@ TEST(YRunLoopQueueTest, BlocksRunInSubmissionOrderOnTheQueueThread) {
     for (const auto& thread : threads) EXPECT_EQ(thread, threads.front());
 }
 
-TEST(YRunLoopQueueTest, OneShotTimersFireOnceOnTheQueueThreadInDeadlineOrder) {
-    YRunLoopQueue queue("test.deadlines");
-    std::vector<std::string> order;  // only touched on the queue's thread
-    std::promise<void> last;
-    const auto record = [&](std::string name) {
-        return [&, name] { order.push_back(queue.isCurrent() ? name : name + " off the queue"); };
-    };
-    Hold hold(queue);
-    queue.scheduleTimer(300ms, false, [&] {
-        order.push_back("300");
-        last.set_value();
-    });
-    queue.scheduleTimer(200ms, false, record("200"));
-    const auto first = queue.scheduleTimer(1ms, false, record("1"));
-    queue.scheduleTimer(100ms, false, record("100"));
-    // Invalidated before the queue's thread could ever look at it: never fires.
-    const auto cancelled = queue.scheduleTimer(1ms, false, record("cancelled"));
-    cancelled->invalidate();
-    cancelled->invalidate();
-    hold.release();
-
-    ASSERT_TRUE(becomesReady(last.get_future()));
-    EXPECT_EQ(order, (std::vector<std::string>{"1", "100", "200", "300"}));
-    EXPECT_FALSE(first->isValid());
-    EXPECT_FALSE(cancelled->isValid());
-    EXPECT_FALSE(first->repeats());
-    EXPECT_DOUBLE_EQ(first->interval(), 0.001);
-}
-
 // A loop sleeping towards an hourly timer's date still wakes for work and for earlier timers scheduled from
 // another thread. A repeating timer stops for good when invalidated by its own action or from another thread.
 TEST(YRunLoopQueueTest, RepeatingTimersRepeatUntilInvalidated) {
