@@ -138,26 +138,6 @@ TEST(YRunLoopQueueTest, DestructionFinishesTheRunningBlockDiscardsTheRestAndJoin
     EXPECT_FALSE(timer->isValid());
 }
 
-TEST(YRunLoopQueueTest, QueueReleasedFromItsOwnTimerActionStopsWithoutDeadlock) {
-    auto owner = std::make_unique<YRunLoopQueue>("test.self");
-    auto threadEnded = std::make_shared<std::promise<void>>();
-    auto ended = threadEnded->get_future();
-    std::atomic<bool> pendingRan{false};
-    std::weak_ptr<int> pendingCapture;  // written on the queue's thread before it ends
-
-    owner->scheduleTimer(1ms, false, [&, threadEnded] {
-        testsupport::fulfilWhenThreadEnds(threadEnded);
-        auto capture = std::make_shared<int>(1);
-        pendingCapture = capture;
-        owner->async([&, capture] { pendingRan = true; });
-        owner.reset();
-    });
-
-    ASSERT_TRUE(becomesReady(ended)) << "the queue's thread kept running after the queue was released";
-    EXPECT_FALSE(pendingRan.load());
-    EXPECT_TRUE(pendingCapture.expired());
-}
-
 TEST(YRunLoopQueueTest, ThrowingBlockIsLoggedAndTheLoopGoesOn) {
     testsupport::LogCapture errors(Logger::Level::error);
     YRunLoopQueue queue("test.throw");
