@@ -68,35 +68,6 @@ TEST(YRunLoopQueueTest, BlocksRunInSubmissionOrderOnTheQueueThread) {
     for (const auto& thread : threads) EXPECT_EQ(thread, threads.front());
 }
 
-TEST(YRunLoopQueueTest, OneShotTimersFireOnceOnTheQueueThreadInDeadlineOrder) {
-    YRunLoopQueue queue("test.deadlines");
-    std::vector<std::string> order;  // only touched on the queue's thread
-    std::promise<void> last;
-    const auto record = [&](std::string name) {
-        return [&, name] { order.push_back(queue.isCurrent() ? name : name + " off the queue"); };
-    };
-    Hold hold(queue);
-    queue.scheduleTimer(300ms, false, [&] {
-        order.push_back("300");
-        last.set_value();
-    });
-    queue.scheduleTimer(200ms, false, record("200"));
-    const auto first = queue.scheduleTimer(1ms, false, record("1"));
-    queue.scheduleTimer(100ms, false, record("100"));
-    // Invalidated before the queue's thread could ever look at it: never fires.
-    const auto cancelled = queue.scheduleTimer(1ms, false, record("cancelled"));
-    cancelled->invalidate();
-    cancelled->invalidate();
-    hold.release();
-
-    ASSERT_TRUE(becomesReady(last.get_future()));
-    EXPECT_EQ(order, (std::vector<std::string>{"1", "100", "200", "300"}));
-    EXPECT_FALSE(first->isValid());
-    EXPECT_FALSE(cancelled->isValid());
-    EXPECT_FALSE(first->repeats());
-    EXPECT_DOUBLE_EQ(first->interval(), 0.001);
-}
-
 // A loop sleeping towards an hourly timer's date still wakes for work and for earlier timers scheduled from
 // another thread. A repeating timer stops for good when invalidated by its own action or from another thread.
 TEST(YRunLoopQueueTest, RepeatingTimersRepeatUntilInvalidated) {
@@ -165,26 +136,6 @@ TEST(YRunLoopQueueTest, DestructionFinishesTheRunningBlockDiscardsTheRestAndJoin
     EXPECT_FALSE(pendingRan.load());
     EXPECT_EQ(ended.wait_for(0s), std::future_status::ready) << "the queue's thread outlived the queue";
     EXPECT_FALSE(timer->isValid());
-}
-
-TEST(YRunLoopQueueTest, QueueReleasedFromItsOwnTimerActionStopsWithoutDeadlock) {
-    auto owner = std::make_unique<YRunLoopQueue>("test.self");
-    auto threadEnded = std::make_shared<std::promise<void>>();
-    auto ended = threadEnded->get_future();
-    std::atomic<bool> pendingRan{false};
-    std::weak_ptr<int> pendingCapture;  // written on the queue's thread before it ends
-
-    owner->scheduleTimer(1ms, false, [&, threadEnded] {
-        testsupport::fulfilWhenThreadEnds(threadEnded);
-        auto capture = std::make_shared<int>(1);
-        pendingCapture = capture;
-        owner->async([&, capture] { pendingRan = true; });
-        owner.reset();
-    });
-
-    ASSERT_TRUE(becomesReady(ended)) << "the queue's thread kept running after the queue was released";
-    EXPECT_FALSE(pendingRan.load());
-    EXPECT_TRUE(pendingCapture.expired());
 }
 
 TEST(YRunLoopQueueTest, ThrowingBlockIsLoggedAndTheLoopGoesOn) {

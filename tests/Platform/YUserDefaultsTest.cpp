@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -49,40 +46,6 @@ TEST_F(YUserDefaultsTest, ValuesSurviveReopeningTheFileAndAreKeptApartByGroup) {
     EXPECT_EQ(reopened.integer("bx", "a"), 0);
     EXPECT_EQ(reopened.integer("gone", "user-1"), 0);
     EXPECT_EQ(reopened.doubleValue("missing", "user-1"), 0.0);
-}
-
-TEST_F(YUserDefaultsTest, ReadingAsAnotherKindConvertsTheStoredNumber) {
-    constexpr auto max = std::numeric_limits<std::int64_t>::max();
-    YUserDefaults store(std::nullopt);
-    store.setInteger("int", 42, "g");
-    store.setInteger("big", max, "g");
-    store.setInteger("negative int", -7, "g");
-    for (const auto& [key, value] : std::vector<std::pair<std::string, double>>{
-             {"positive", 2.9}, {"negative", -2.9}, {"fraction", 0.25}, {"zero", 0.0}, {"huge", 1e300}, {"nan", NAN}}) {
-        store.setDouble(key, value, "g");
-    }
-    store.setBool("true", true, "g");
-    store.setBool("false", false, "g");
-    struct Read {
-        const char* key;
-        std::int64_t integer;
-        double real;
-        bool flag;
-    };
-    const Read reads[] = {
-        {"int", 42, 42.0, true},          {"big", max, static_cast<double>(max), true},
-        {"negative int", -7, -7.0, true}, {"positive", 2, 2.9, true},
-        {"negative", -2, -2.9, true},     {"fraction", 0, 0.25, true},
-        {"zero", 0, 0.0, false},          {"huge", max, 1e300, true},
-        {"nan", 0, 0.0, false},           {"true", 1, 1.0, true},
-        {"false", 0, 0.0, false},         {"missing", 0, 0.0, false},
-    };
-    for (const auto& read : reads) {
-        SCOPED_TRACE(read.key);
-        EXPECT_EQ(store.integer(read.key, "g"), read.integer);
-        EXPECT_DOUBLE_EQ(store.doubleValue(read.key, "g"), read.real);
-        EXPECT_EQ(store.boolean(read.key, "g"), read.flag);
-    }
 }
 
 TEST_F(YUserDefaultsTest, UnopenableFileIsLoggedAndTheStoreKeepsWorkingInMemory) {

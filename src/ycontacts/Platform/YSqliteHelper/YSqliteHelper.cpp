@@ -173,30 +173,6 @@ YSqliteResult<void> YSqliteHelper::deleteFrom(const std::string& from, const std
     });
 }
 
-YSqliteResult<std::vector<YSqliteRow>> YSqliteHelper::select(
-    const std::string& from, const std::optional<YSqliteSortDescriptor>& sortDescriptor,
-    const std::optional<std::string>& where, std::optional<int> limit, std::optional<int> offset, bool alert,
-    const std::string& identifier) {
-    using Rows = std::vector<YSqliteRow>;
-    return perform<Rows>("select", from, alert, identifier, [&](YSqliteConnection& database) {
-        std::string sql = "SELECT * FROM " + quotedIdentifier(from);
-        if (where) sql += " WHERE " + *where;
-        if (sortDescriptor) {
-            sql += " ORDER BY " + quotedIdentifier(sortDescriptor->column) + (sortDescriptor->ascending ? " ASC" : " DESC");
-        }
-        // SQLite has no OFFSET without LIMIT; a negative limit means no limit. Both are bound so that
-        // paging through a table reuses one statement.
-        const YSqliteValue limitValue = static_cast<std::int64_t>(limit.value_or(-1));
-        const YSqliteValue offsetValue = static_cast<std::int64_t>(offset.value_or(0));
-        std::vector<YSqliteConnection::Binding> bindings;
-        if (limit || offset) {
-            sql += " LIMIT ? OFFSET ?";
-            bindings = {&limitValue, &offsetValue};
-        }
-        return database.read(sql, bindings);
-    });
-}
-
 YSqliteResult<std::vector<YSqliteRow>> YSqliteHelper::select(const std::string& rawQuery, bool alert,
                                                              const std::string& identifier) {
     return select(rawQuery, std::vector<YSqliteValue>{}, alert, identifier);

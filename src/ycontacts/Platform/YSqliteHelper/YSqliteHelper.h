@@ -53,13 +53,6 @@ public:
                                    const std::vector<YSqliteValue>& bindings, bool alert,
                                    const std::string& identifier);
 
-    // SELECT * FROM `from` [WHERE where] [ORDER BY column] [LIMIT limit] [OFFSET offset].
-    YSqliteResult<std::vector<YSqliteRow>> select(const std::string& from,
-                                                  const std::optional<YSqliteSortDescriptor>& sortDescriptor,
-                                                  const std::optional<std::string>& where, std::optional<int> limit,
-                                                  std::optional<int> offset, bool alert,
-                                                  const std::string& identifier);
-
     // One SELECT statement written by the caller.
     YSqliteResult<std::vector<YSqliteRow>> select(const std::string& rawQuery, bool alert,
                                                   const std::string& identifier);
