@@ -2,13 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <httplib.h>
-
 #include <atomic>
-#include <future>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 #include "Platform/YNetworkManager/NetworkTestServers.h"
 #include "Support/FakeAuthentication.h"
@@ -27,31 +23,9 @@ using testsupport::Received;
 const std::string dateHeader = "Sun, 22 Nov 2026 18:45:00 GMT";
 const std::string lastModifiedHeader = "Sat, 21 Nov 2026 08:00:00 GMT";
 
-// The photo route answers what the test set; while `holdReplies` is set, replies wait for `releaseHeld()`.
 class PhotoDownload : public ::testing::Test {
 protected:
-    PhotoDownload() {
-        routes.Get("/file/download", [this](const httplib::Request& request, httplib::Response& response) {
-            seen.add(request);
-            if (holdReplies) released.wait_for(testsupport::waitLimit);
-            std::lock_guard lock(mutex);
-            response.status = replyStatus;
-            for (const auto& [name, value] : replyHeaders) response.set_header(name, value);
-            if (replyStatus == 200) response.set_content("photo-" + request.get_param_value("fs"), "image/png");
-        });
-        const int port = routes.bind_to_any_port("127.0.0.1");
-        listener = std::thread([this] { routes.listen_after_bind(); });
-        while (!routes.is_running()) std::this_thread::yield();
-        authorization->set("u1", "token-u1", YContactsHost::idc("http://127.0.0.1:" + std::to_string(port)));
-    }
-    ~PhotoDownload() override {
-        releaseHeld();
-        routes.stop();
-        listener.join();
-    }
-    void releaseHeld() {
-        if (!releasedOnce.exchange(true)) release.set_value();
-    }
+    PhotoDownload() { authorization->set("u1", "token-u1", YContactsHost::idc(server.url(""))); }
 
     Response ask(const std::string& yuid, std::optional<std::chrono::system_clock::time_point> lastModified = {}) {
         auto answers = std::make_shared<Received<Response>>();
@@ -64,12 +38,16 @@ protected:
     int replyStatus = 200;
     Headers replyHeaders{{"Date", dateHeader}};
     std::atomic<bool> holdReplies{false};
-    std::atomic<bool> releasedOnce{false};
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    Received<httplib::Request> seen;
-    httplib::Server routes;
-    std::thread listener;
+    testing::LocalHTTPServer server{[this](httplib::Server& routes, testing::LocalHTTPServer& self) {
+        routes.Get("/file/download", [this, &self](const httplib::Request& request, httplib::Response& response) {
+            self.record(request);
+            if (holdReplies) self.holdUntilReleased();
+            std::lock_guard lock(mutex);
+            response.status = replyStatus;
+            for (const auto& [name, value] : replyHeaders) response.set_header(name, value);
+            if (replyStatus == 200) response.set_content("photo-" + request.get_param_value("fs"), "image/png");
+        });
+    }};
     std::shared_ptr<testsupport::FakeAuthentication> authorization =
         std::make_shared<testsupport::FakeAuthentication>();
     std::shared_ptr<YContactsNetworkService> network =
@@ -87,8 +65,8 @@ TEST_F(PhotoDownload, CallersOfOnePhotoShareOneRequestAndOneResponseInCallOrder)
                                  });
     network->getContactImage("u1", "y7", true, std::nullopt, std::nullopt, YContactType::user,
                              [&](Response response) { thumbnail.add(response); });
-    ASSERT_TRUE(seen.waitFor(2));
-    releaseHeld();
+    ASSERT_TRUE(server.waitForRequests(2, std::chrono::seconds(10)));
+    server.releaseHeld();
     ASSERT_TRUE(normal.waitFor(3));
     ASSERT_TRUE(thumbnail.waitFor(1));
 
@@ -100,9 +78,9 @@ TEST_F(PhotoDownload, CallersOfOnePhotoShareOneRequestAndOneResponseInCallOrder)
     const auto text = [](const Response& r) { return std::string(r->imageData->begin(), r->imageData->end()); };
     EXPECT_EQ(text(answers[0].second), "photo-medium");
     EXPECT_EQ(text(thumbnail.values()[0]), "photo-thumb");
-    EXPECT_EQ(seen.values().size(), 2u) << "one request per size";
+    EXPECT_EQ(server.seen().size(), 2u) << "one request per size";
     ASSERT_TRUE(ask("u1")) << "a finished download frees its key";
-    EXPECT_EQ(seen.values().size(), 3u);
+    EXPECT_EQ(server.seen().size(), 3u);
 }
 
 TEST_F(PhotoDownload, StatusesAndHeadersBecomeTheResponse) {
@@ -140,7 +118,7 @@ TEST_F(PhotoDownload, StatusesAndHeadersBecomeTheResponse) {
             << "case " << i;
         EXPECT_EQ(response->serverDate, c.serverDate) << "case " << i;
         EXPECT_EQ(response->imageData.has_value(), c.status == 200) << "case " << i;
-        EXPECT_EQ(seen.values().back().get_header_value("If-Modified-Since"), sent ? lastModifiedHeader : "") << "case " << i;
+        EXPECT_EQ(server.seen().back().header("If-Modified-Since"), sent ? lastModifiedHeader : "") << "case " << i;
     }
 }
 
