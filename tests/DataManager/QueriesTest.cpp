@@ -267,37 +267,6 @@ TEST_F(ServerSearchTest, TheCacheIsFilledByALateFirstLetterReplyAndServesOnlyIts
     EXPECT_TRUE(orgAb.answers.empty());
 }
 
-TEST_F(ServerSearchTest, DestroyInMemoryEmptiesTheSearchStateButKeepsTheSuggestionCache) {
-    EXPECT_CALL(*database, getSuggestionContacts)
-        .WillOnce(Return(std::vector<YSuggestionContact>{YSuggestionContact("1", "ann@x", "Ann", false)}));
-    queries->getSuggestionContacts(
-        {.yuid = "u", .searchStr = "an", .limit = 20, .isOrg = false, .requestType = RequestType::both},
-        [](auto, auto) {});
-    ContactsAnswers a, ab;
-    search("a", a);
-    network->answerSearch(1, letterA);
-    search("ab", ab);
-
-    queries->destroyInMemory();
-    const auto state = queries->inMemoryState();
-    EXPECT_TRUE(state.networkMostUsedContacts.empty() && state.currentNetworkCache.empty() &&
-                state.currentNetworkKeywordStart.empty() && state.currentNetworkKeyword.empty() &&
-                state.currentSuggestionsNetworkCallback.empty() && state.currentContactsNetworkCallback.empty());
-    ASSERT_TRUE(state.currentCache.has_value());
-    EXPECT_EQ(state.currentCache->size(), 1U);
-    EXPECT_EQ(state.currentSearchKeywordStart, "an");
-
-    // Pending replies are dropped, as are replies arriving after the queries are gone.
-    const std::size_t before = ab.answers.size();
-    network->answerSearch(2, letterA);
-    EXPECT_EQ(ab.answers.size(), before);
-    ContactsAnswers late;
-    search("ann", late);
-    queries.reset();
-    network->answerSearch(3, letterA);
-    EXPECT_TRUE(late.answers.empty());
-}
-
 // A server that answers inside the call and callbacks that query again: neither runs under the state lock
 // (were it held, this test would block instead of finishing).
 TEST_F(ServerSearchTest, CallbacksAndTheServerMayCallBackIntoTheQueries) {

@@ -104,25 +104,6 @@ TEST(YContactServiceTest, EachComponentIsBuiltOnceFromTheConfigItFindsAtFirstUse
     }
 }
 
-TEST(YContactServiceTest, ABuilderThatThrowsLeavesItsSlotAbsentForGood) {
-    int attempts = 0;
-    YContactService::Builders builders;
-    builders.preference = [&attempts](const auto&) -> std::shared_ptr<YContactsPreferenceContract> {
-        ++attempts;
-        throw std::runtime_error("no preferences today");
-    };
-    std::shared_ptr<YContactsPreferenceContract> received = std::make_shared<YContactsPreferenceService>();
-    builders.dataManager = [&received](auto, auto, auto preference, auto) {
-        received = preference;
-        return std::shared_ptr<YContactsDataManagerContract>(std::make_shared<NiceMock<FakeContactsDataManager>>());
-    };
-    YContactService service(builders);
-    ASSERT_NE(service.syncHandler(), nullptr);
-    service.syncHandler();
-    EXPECT_EQ(attempts, 1);
-    EXPECT_EQ(received, nullptr);
-}
-
 TEST(YContactServiceTest, WithoutADataManagerOperationsAreLoggedNoOps) {
     LogCapture warnings(Logger::Level::warning);
     YContactService service{YContactService::Builders{}};

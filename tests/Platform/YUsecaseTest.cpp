@@ -4,7 +4,6 @@
 #include <memory>
 #include <thread>
 
-#include "Support/LogCapture.h"
 #include "Support/UsecaseSupport.h"
 #include "ycontacts/Platform/MarloComponents/YRequest.h"
 #include "ycontacts/Platform/MarloComponents/YResponse.h"
@@ -46,29 +45,6 @@ TEST(YUsecaseTest, ExecuteRunsOnTheUsecaseQueueAndDeliversEachInvokeInOrder) {
     EXPECT_EQ(responses[0].yuid, "user-1");
     EXPECT_NE(responses[0].thread, std::this_thread::get_id());
     EXPECT_EQ(usecase->runs->load(), 1);
-}
-
-TEST(YUsecaseTest, UsecaseWithoutAnOwnerWhenItsTaskStartsNeverRuns) {
-    auto usecase = std::make_shared<EchoUsecase>();
-    const auto runs = usecase->runs;
-    std::atomic<int> delivered{0};
-    // Every worker of the pool is busy, so the use case's task waits in line.
-    testsupport::QueueHold hold;
-    ASSERT_TRUE(hold.allWorkersHeld());
-    usecase->execute(YRequest("user-1"), [&](const EchoResponse&) { ++delivered; });
-    usecase.reset();
-    hold.open();
-    ASSERT_TRUE(testsupport::drainUsecaseQueue());
-    EXPECT_EQ(runs->load(), 0);
-
-    // One that never had a shared owner is refused at once.
-    testsupport::LogCapture warnings(Logger::Level::warning);
-    EchoUsecase unowned;
-    unowned.execute(YRequest("user-1"), [&](const EchoResponse&) { ++delivered; });
-    ASSERT_TRUE(testsupport::drainUsecaseQueue());
-    EXPECT_EQ(unowned.runs->load(), 0);
-    EXPECT_TRUE(warnings.contains("without a shared owner"));
-    EXPECT_EQ(delivered.load(), 0);
 }
 
 }  // namespace

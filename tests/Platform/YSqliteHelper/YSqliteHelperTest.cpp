@@ -182,32 +182,6 @@ TEST_F(YSqliteHelperTest, ExecuteRollsBackWhatItLeftOpenWhileSavesJoinATransacti
     EXPECT_EQ(ids(), (Ids{"a", "b", "g", "i"}));
 }
 
-TEST_F(YSqliteHelperTest, IdentifiersAreIndependentConnectionsAndAnUnknownOneIsAMisuse) {
-    ASSERT_TRUE(registerAt("other", directory.file("other.db")).ok());
-    ASSERT_TRUE(helper.execute("CREATE TABLE Contact (yuid TEXT, contactId TEXT, name TEXT)", true, "other").ok());
-    ASSERT_TRUE(saveContact("a"));
-    ASSERT_TRUE(save({contact("z")}, false, "other").ok());
-    EXPECT_EQ(ids(), (Ids{"a"}));
-    EXPECT_EQ(ids("other"), (Ids{"z"}));
-
-    // Registering again switches the file; a registration that fails keeps the connection already there.
-    ASSERT_TRUE(registerAt(db, directory.file("other.db")).ok());
-    EXPECT_EQ(ids(), (Ids{"z"}));
-    EXPECT_EQ(registerAt(db, directory.file("missing-dir/x.db")).error().code, SQLITE_CANTOPEN);
-    EXPECT_EQ(ids(), (Ids{"z"}));
-    EXPECT_EQ(log.messages().size(), 1u);
-
-    log.clear();
-    helper.unregisterDB("other");
-    const std::vector<YSqliteResult<void>> results{
-        save({contact("a")}, true, "other"), helper.deleteFrom("Contact", std::nullopt, {}, true, "other"),
-        helper.update("Contact", "1", {}, {{"name", "x"s}}, std::nullopt, true, "other"),
-        helper.transaction([] { return true; }, true, "other")};
-    for (const auto& result : results) EXPECT_EQ(result.error().code, SQLITE_MISUSE);
-    ASSERT_EQ(log.messages().size(), results.size());
-    EXPECT_TRUE(log.contains("other"));
-}
-
 // A file, whose reads run on read handles of their own, and a database in memory, whose one handle serves all.
 class YSqliteHelperTransactionTest : public YSqliteHelperTest, public ::testing::WithParamInterface<bool> {
     std::string path() override { return GetParam() ? ":memory:"s : YSqliteHelperTest::path(); }

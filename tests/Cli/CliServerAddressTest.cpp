@@ -1,10 +1,9 @@
-// What a person sees of the tool before and during a sync: the checks of a typed server URL and the progress line.
+// The checks of a server URL typed on the command line.
 
 #include <gtest/gtest.h>
 
 #include <array>
 
-#include "ycontacts_cli/ProgressLine.h"
 #include "ycontacts_cli/ServerAddress.h"
 
 namespace {
@@ -31,33 +30,6 @@ TEST(CliServerAddressTest, AcceptsHttpUrlsWithoutTheTrailingSlashAndRejectsWhatP
         EXPECT_FALSE(parsed.address) << url;
         EXPECT_FALSE(parsed.problem.empty()) << url;
     }
-}
-
-TEST(CliProgressLineTest, ShowsTheBarRateAndTimeLeftWithATotalAndEveryKindOfChangeWithout) {
-    ycontacts_cli::SyncProgress progress;
-    progress.pages = 3;
-    progress.added.personal = 3000;
-    progress.elapsedSeconds = 2.0;
-    const auto line = ycontacts_cli::ProgressLine::render(progress, 12000);
-    for (const char* part :
-         {"[######------------------]  25%", "3 pages", "3,000/12,000 contacts", "1,500/s", "~6.0 s left"}) {
-        EXPECT_NE(line.find(part), std::string::npos) << part << " is not in " << line;
-    }
-    progress.completed = true;
-    progress.added.org = 9000;
-    const auto done = ycontacts_cli::ProgressLine::render(progress, 12000);
-    EXPECT_NE(done.find("100%"), std::string::npos) << done;
-    EXPECT_EQ(done.find("left"), std::string::npos) << done;
-
-    ycontacts_cli::SyncProgress changes;
-    changes.pages = 1;
-    changes.added.org = 2;
-    changes.updated.personal = 3;
-    changes.deleted.personal = 1;
-    changes.elapsedSeconds = 0.5;
-    const auto counted = ycontacts_cli::ProgressLine::render(changes, std::nullopt);
-    EXPECT_EQ(counted.find('['), std::string::npos) << counted;
-    EXPECT_NE(counted.find("1 page  6 contacts  12/s"), std::string::npos) << counted;
 }
 
 }  // namespace
