@@ -112,7 +112,7 @@ std::optional<std::string> hostKeyOf(const std::string& url) {
 }
 
 // Everything one request needs, before it becomes a libcurl transfer.
-struct RequestParts {
+struct OutgoingRequest {
     YHTTPMethod method = YHTTPMethod::GET;
     std::string url;
     std::vector<std::pair<std::string, std::string>> headers;
@@ -198,8 +198,8 @@ bool addHeader(Transfer& transfer, const std::string& name, const std::string& v
     return true;
 }
 
-// Sets up the easy handle for `parts`; false when libcurl refuses an option or runs out of memory.
-bool configure(Transfer& transfer, RequestParts& parts, const YNetworkManager::Options& options) {
+// Sets up the easy handle for the request `parts`; false when libcurl refuses an option or runs out of memory.
+bool configure(Transfer& transfer, OutgoingRequest& parts, const YNetworkManager::Options& options) {
     CURL* easy = transfer.easy;
     bool ok = true;
     const auto set = [&](CURLoption option, auto value) { ok = ok && curl_easy_setopt(easy, option, value) == CURLE_OK; };
@@ -313,7 +313,7 @@ struct YNetworkManager::Impl {
         // `completions`, destroyed after this body, runs the completions already posted and joins its threads.
     }
 
-    std::int64_t start(RequestParts parts, const std::optional<YActivityMetaData>& metadata,
+    std::int64_t start(OutgoingRequest parts, const std::optional<YActivityMetaData>& metadata,
                        const std::optional<std::string>& identifier,
                        const std::function<void(std::int64_t)>& requestDidStartHandler,
                        YNetworkCompletion completion) {
@@ -525,7 +525,7 @@ std::optional<std::int64_t> YNetworkManager::sendRequestURL(
     bool isMultipartData, YRequestPriority priority, const std::optional<YActivityMetaData>& metadata,
     const std::optional<std::string>& identifier, std::function<void(std::int64_t taskId)> requestDidStartHandler,
     YNetworkCompletion completionHandler) {
-    RequestParts parts;
+    OutgoingRequest parts;
     parts.method = method;
     parts.authorization = authorization;
     parts.headers.assign(headerParams.begin(), headerParams.end());
@@ -548,7 +548,7 @@ std::optional<std::int64_t> YNetworkManager::send(const YURLRequest& request,
                                                   const std::map<std::string, std::string>& params,
                                                   const std::optional<YActivityMetaData>& metadata,
                                                   YNetworkCompletion completionHandler) {
-    RequestParts parts;
+    OutgoingRequest parts;
     parts.method = request.method;
     parts.authorization = authorization;
     parts.headers = request.headers;
