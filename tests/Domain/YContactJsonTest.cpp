@@ -40,11 +40,11 @@ TEST(RecordJsonTest, DecodedRecordsEncodeBackWithAbsentAndNullOptionalsLeftOut) 
         Reencode reencode;
         json in, out;
     } rows[] = {
-        {reencode<YContact>, minimalContact},
+        {reencode<YContact>, minimalContact, nullptr},
         {reencode<YContact>, with(with(minimalContact, "middleName", nullptr), "weightage", -2),
          with(minimalContact, "weightage", -2)},
         {reencode<YSuggestionContact>, with(minimalSuggestion, "yuid", nullptr), minimalSuggestion},
-        {reencode<YSuggestionContact>, with(with(minimalSuggestion, "lastName", "Lee"), "type", "group")},
+        {reencode<YSuggestionContact>, with(with(minimalSuggestion, "lastName", "Lee"), "type", "group"), nullptr},
     };
     for (const auto& row : rows) EXPECT_EQ(row.reencode(row.in), row.out.is_null() ? row.in : row.out) << row.in.dump();
     EXPECT_EQ(json(YContact("c-1", "Ann", 1700000000000)), with(minimalContact, "weightage", 0));
