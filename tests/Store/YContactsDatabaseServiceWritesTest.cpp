@@ -107,6 +107,8 @@ TEST_F(StoreTest, AnyIdIsStoredFoundUpdatedAndDeletedExactlyAndTouchesNoOtherRow
         EXPECT_EQ(updated->firstName, "Changed");
         EXPECT_EQ(updated->weightage, 42);
 
+        ASSERT_TRUE(store->addCategories("u1", {YContactCategory(id)}));
+        ASSERT_TRUE(store->deleteCategories("u1", {id}));
         ASSERT_TRUE(store->deleteContacts("u1", {id}));
         ASSERT_TRUE(store->deleteAllDetails(id));
         EXPECT_FALSE(store->getContactByContactId("u1", id).has_value());
@@ -120,6 +122,24 @@ TEST_F(StoreTest, AnyIdIsStoredFoundUpdatedAndDeletedExactlyAndTouchesNoOtherRow
         EXPECT_EQ(countRows("YContactEmailTable"), 2);
         EXPECT_EQ(store->getCategories("u1")->size(), 1u);
     }
+}
+
+// A personal contact takes its user id and type from the organisation member with its primary address;
+// one without such a member keeps its own, and another user's rows are not looked at.
+TEST_F(StoreTest, PersonalContactsTakeUserIdAndTypeFromTheOrganisationMemberWithTheirAddress) {
+    YContact member = withEmail(contact("m", "Member", 0, true), "ann@example.com");
+    member.contactYuid = "ann-yuid";
+    member.type = YContactType::group;
+    ASSERT_TRUE(store->save("u1", {withEmail(contact("p", "Ann"), "ann@example.com"), member,
+                                   withEmail(contact("q", "Bob"), "bob@example.com")}));
+    ASSERT_TRUE(store->save("u2", {withEmail(contact("p", "Ann"), "ann@example.com")}));
+    ASSERT_TRUE(store->fixPersonalContacts("u1"));
+    const auto fixed = store->getContactByContactId("u1", "p");
+    ASSERT_TRUE(fixed.has_value());
+    EXPECT_EQ(fixed->contactYuid, "ann-yuid");
+    EXPECT_EQ(fixed->type, YContactType::group);
+    EXPECT_EQ(store->getContactByContactId("u1", "q")->contactYuid, std::nullopt);
+    EXPECT_EQ(store->getContactByContactId("u2", "p")->contactYuid, std::nullopt);
 }
 
 TEST_F(StoreTest, ClearingAUserEmptiesEveryTable) {
