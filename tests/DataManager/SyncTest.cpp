@@ -260,6 +260,32 @@ TEST_F(DataManagerTest, TheScheduledSyncVisitsEveryStartedUserWithItsYoid) {
     EXPECT_EQ(organisation->yoid, "o1");
 }
 
+// With short periods both timers fire on the queue: the sync timer syncs a started user unasked, and the
+// destroy timer drops the server-search caches once searches stop.
+TEST_F(DataManagerTest, TheSyncTimerSyncsStartedUsersAndTheDestroyTimerDropsTheSearchCaches) {
+    seed("u1", true, true, 10.0);
+    auto timed = std::make_shared<YContactsDataManager>(database, network, preference, fileService,
+                                                        YContactsDataManager::Intervals{0.05, 0.05});
+    timed->getContacts({.yuid = "u1", .searchStr = "a", .requestType = RequestType::server}, nullptr);
+    ASSERT_TRUE(network->waitForSearches(1));
+    network->answerSearch(0, contacts({"1"}));
+    ASSERT_EQ(timed->queries()->inMemoryState().currentNetworkCache.count("u1"), 1u);
+    EXPECT_TRUE(eventually([&] { return timed->queries()->inMemoryState().currentNetworkCache.empty(); }))
+        << "the search cache outlived the destroy timer";
+
+    timed->start("u1", "o1");
+    const auto started = network->nextPage();
+    ASSERT_TRUE(started);
+    started->reply(page(0, false));
+    const auto organisation = network->nextPage();
+    ASSERT_TRUE(organisation);
+    organisation->reply(page(0, false));
+    const auto unasked = network->nextPage();
+    ASSERT_TRUE(unasked) << "the sync timer did not sync the started user";
+    EXPECT_EQ(unasked->yuid, "u1");
+    EXPECT_TRUE(unasked->updatedTime) << "a scheduled sync of a complete user asks for changes only";
+}
+
 TEST_F(DataManagerTest, RemovingAUsersDataClearsEachCollaboratorAndEndsItsDownload) {
     seed("u1", true, false, 99.0);
     preference->setStartIndex("u1", 5, false);
