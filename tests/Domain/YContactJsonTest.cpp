@@ -5,6 +5,8 @@
 #include <string>
 
 #include "Domain/ContactComparison.h"
+#include "ycontacts/Contacts/Domain/Entities/YCategoryResponse.h"
+#include "ycontacts/Contacts/Domain/Entities/YContactUsageCountResponse.h"
 #include "ycontacts/Contacts/Domain/Entities/YSuggestionContact.h"
 
 namespace ycontacts {
@@ -45,6 +47,12 @@ TEST(RecordJsonTest, DecodedRecordsEncodeBackWithAbsentAndNullOptionalsLeftOut) 
          with(minimalContact, "weightage", -2)},
         {reencode<YSuggestionContact>, with(minimalSuggestion, "yuid", nullptr), minimalSuggestion},
         {reencode<YSuggestionContact>, with(with(minimalSuggestion, "lastName", "Lee"), "type", "group"), nullptr},
+        {reencode<YCategoryResponse>,
+         json::parse(R"({"categories": [{"category_id": "101", "category_name": "Friends", "deleted": "false"},
+                                        {"category_id": "102", "category_name": null}]})"),
+         json::parse(R"({"categories": [{"category_id": "101", "category_name": "Friends", "deleted": "false"},
+                                        {"category_id": "102"}]})")},
+        {reencode<YContactUsageCountResponse>, json::parse(R"({"contacts": {"100001": "7", "100002": "0"}})"), nullptr},
     };
     for (const auto& row : rows) EXPECT_EQ(row.reencode(row.in), row.out.is_null() ? row.in : row.out) << row.in.dump();
     EXPECT_EQ(json(YContact("c-1", "Ann", 1700000000000)), with(minimalContact, "weightage", 0));
