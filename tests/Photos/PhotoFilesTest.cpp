@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
+#include "Support/LogCapture.h"
 #include "Support/TemporaryDirectory.h"
 #include "ycontacts/Contacts/Data/DataManager/YContactsDataManager.h"
 #include "ycontacts/Contacts/Data/FileManager/YContactsFileService.h"
@@ -63,6 +66,27 @@ TEST_F(PhotoFiles, OnlyANormalSizeFallsBackToTheThumbnail) {
     files->saveContactImage("u1", "c2", bytesOf("big"), false);
     EXPECT_EQ(files->getContactImage("u1", "c2", true).first, std::nullopt);
     EXPECT_EQ(files->getContactImage("u1", "c2", false).first, bytesOf("big"));
+}
+
+// A photo that cannot be written (its folder is a file, or a folder stands where the file goes) is logged and
+// never answered; nothing half-written is left behind.
+TEST_F(PhotoFiles, AFailedWriteIsLoggedAndLeavesNoPhoto) {
+    testsupport::LogCapture log;
+    fs::create_directories(files->getFilePathForContactImage("u1", "c1", false));
+    files->saveContactImage("u1", "c1", bytesOf("photo"), false);
+    EXPECT_TRUE(log.contains("File creation error!"));
+    EXPECT_EQ(files->getContactImage("u1", "c1", false).first, std::nullopt);
+    EXPECT_EQ(std::distance(fs::directory_iterator(files->folderFor("u1", false)), fs::directory_iterator()), 1);
+
+    log.clear();
+    files->setContactImageDirURL(folder.file("not-a-folder"));
+    { std::ofstream{folder.file("not-a-folder")} << "x"; }
+    files->saveContactImage("u1", "c2", bytesOf("photo"), true);
+    EXPECT_TRUE(log.contains("Exception while creating file!"));
+    EXPECT_TRUE(log.contains("File creation error!"));
+    EXPECT_EQ(files->getContactImage("u1", "c2", true).first, std::nullopt);
+    files->updateModifiedDate("u1", "c2", true, std::chrono::system_clock::now());
+    EXPECT_TRUE(log.contains("Error in updating modified date!"));
 }
 
 TEST_F(PhotoFiles, RemovingAUsersDataRemovesItsPhotoFoldersAndNoOneElses) {

@@ -21,12 +21,21 @@ std::string describe(const fs::path& path) { return Logger::logDescription(path.
 
 std::string lastErrorText() { return std::error_code(errno, std::generic_category()).message(); }
 
+// Absent for anything but a readable, non-empty regular file: a folder where a photo should be makes the
+// stream throw while reading.
 std::optional<std::vector<std::uint8_t>> readWholeFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (!in.good() && !in.eof()) return std::nullopt;
-    if (bytes.empty()) return std::nullopt;
-    return bytes;
+    std::error_code ignored;
+    if (!fs::is_regular_file(path, ignored)) return std::nullopt;
+    try {
+        std::ifstream in(path, std::ios::binary);
+        std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        if (!in.good() && !in.eof()) return std::nullopt;
+        if (bytes.empty()) return std::nullopt;
+        return bytes;
+    } catch (const std::ios_base::failure& failure) {
+        Logger::shared().warning("File could not be read! filepath: " + describe(path) + ", error: " + failure.what());
+        return std::nullopt;
+    }
 }
 
 // A name no photo can have: encoded ids contain no '.', so "<name>.<ext>.<random>.tmp" is never a photo.
